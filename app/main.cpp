@@ -1,0 +1,32 @@
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "app/NodeUICommand.h"
+#include "graph_tool/Version.h"
+
+namespace {
+
+const char* usage =
+    "usage:\n"
+    "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
+    "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
+    "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
+    "  fxgraph --version | --help\n";
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  if (args.empty() || args[0] == "--help" || args[0] == "-h") {
+    std::cout << usage;
+    return args.empty() ? 2 : 0;
+  }
+  if (args[0] == "--version") {
+    std::cout << "fxgraph " << grphtoolDllVersionStr << "\n";
+    return 0;
+  }
+  if (args[0] == "nodeui") return fxgraph::runNodeUICommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
+  std::cerr << "fxgraph: unknown command \"" << args[0] << "\"; try fxgraph --help\n";
+  return 2;
+}

@@ -1,0 +1,3 @@
+#include "graph_tool/Version.h"
+
+extern "C" const char grphtoolDllVersionStr[] = "15.0.1.132926";

@@ -1,0 +1,54 @@
+#include "host/edit/FXGraphNodeBase.h"
+
+namespace {
+NotifyMsgType nodeChangedMsgType() {
+  static const NotifyMsgType type = NotifyMsgTypeDictionary::instance().intern("graphNodeChanged");
+  return type;
+}
+} // namespace
+
+FXGraphNodeBase::~FXGraphNodeBase() = default;
+
+void FXGraphNodeBase::startBatchChange(const EffectModification& modification) {
+  if (batchDepth_++ == 0) {
+    pending_ = modification;
+    pendingChange_ = false;
+  }
+}
+
+void FXGraphNodeBase::endBatchChange() {
+  if (batchDepth_ == 0) return;
+  if (--batchDepth_ == 0) {
+    pendingChange_ = false;
+    NotifierEvent<EffectModification> event;
+    event.value = pending_;
+    clients_.issueNotification(event, nodeChangedMsgType());
+  }
+}
+
+void FXGraphNodeBase::notifyChanged(const EffectModification& modification) {
+  if (batchDepth_ > 0) {
+    pendingChange_ = true;
+    return;
+  }
+  NotifierEvent<EffectModification> event;
+  event.value = modification;
+  clients_.issueNotification(event, nodeChangedMsgType());
+}
+
+FXGraphNodeClient::~FXGraphNodeClient() = default;
+
+void FXGraphNodeClient::registerWith(FXGraphNodeBase* node) {
+  if (node == node_ && (node == nullptr || (subscription_ && subscription_->active()))) return;
+  subscription_.reset();
+  node_ = node;
+  if (!node) return;
+  subscription_ = node->clientNotifier().registerInternal([this](const NotifierEvent<EffectModification>& e) {
+    if (e.type == NotifyMsgTypeDictionary::objectDestroyedMsgType()) {
+      node_ = nullptr;
+      return 0;
+    }
+    generalUpdateNotification(e.value);
+    return 0;
+  });
+}

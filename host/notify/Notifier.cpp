@@ -1,0 +1,120 @@
+#include "host/notify/Notifier.h"
+
+#include <algorithm>
+#include <atomic>
+#include <vector>
+
+struct NotifierState {
+  struct Entry {
+    uint64_t id;
+    NotifyMsgType filter;
+    NotifierBase::RawCallback callback;
+    bool live = true;
+  };
+
+  CriticalSection cs;
+  // unique_ptr keeps an entry in place while the vector grows mid-delivery.
+  std::vector<std::unique_ptr<Entry>> entries;
+  std::atomic<std::size_t> liveCount{0};
+  uint64_t nextId = 1;
+  int deliveryDepth = 0;
+  bool needsCompacting = false;
+
+  void remove(uint64_t id) {
+    CriticalSection::Lock lock(cs);
+    for (auto it = entries.begin(); it != entries.end(); ++it) {
+      Entry& e = **it;
+      if (e.id != id || !e.live) continue;
+      e.live = false;
+      liveCount.fetch_sub(1, std::memory_order_relaxed);
+      // An entry may be running right now; erase it only outside deliveries.
+      if (deliveryDepth == 0) entries.erase(it);
+      else needsCompacting = true;
+      return;
+    }
+  }
+  bool isLive(uint64_t id) {
+    CriticalSection::Lock lock(cs);
+    return std::any_of(entries.begin(), entries.end(), [id](const auto& e) { return e->id == id && e->live; });
+  }
+};
+
+Subscription::~Subscription() {
+  release();
+}
+
+void Subscription::release() {
+  if (auto state = state_.lock()) state->remove(id_);
+  state_.reset();
+}
+
+bool Subscription::active() const {
+  auto state = state_.lock();
+  return state && state->isLive(id_);
+}
+
+NotifierBase::NotifierBase() : state_(std::make_shared<NotifierState>()) {}
+
+NotifierBase::NotifierBase(const NotifierBase&) : state_(std::make_shared<NotifierState>()) {}
+
+NotifierBase::~NotifierBase() = default;
+
+SubscriptionHandle NotifierBase::registerInternal(RawCallback callback, NotifyMsgType filter) {
+  CriticalSection::Lock lock(state_->cs);
+  const uint64_t id = state_->nextId++;
+  state_->entries.push_back(std::make_unique<NotifierState::Entry>(
+      NotifierState::Entry{id, filter, std::move(callback)}));
+  state_->liveCount.fetch_add(1, std::memory_order_relaxed);
+  return SubscriptionHandle(new Subscription(state_, id));
+}
+
+bool NotifierBase::hasSubscribers() const noexcept {
+  return state_->liveCount.load(std::memory_order_relaxed) != 0;
+}
+
+std::size_t NotifierBase::subscriberCount() const noexcept {
+  return state_->liveCount.load(std::memory_order_relaxed);
+}
+
+CriticalSection& NotifierBase::criticalSection() const noexcept {
+  return state_->cs;
+}
+
+void NotifierBase::deliverRaw(const void* event, NotifyMsgType type) {
+  if (!hasSubscribers()) return;
+  // Keeps the state alive should a subscriber destroy this notifier.
+  std::shared_ptr<NotifierState> state = state_;
+  CriticalSection::Lock lock(state->cs);
+  ++state->deliveryDepth;
+  const std::size_t count = state->entries.size();
+  for (std::size_t i = 0; i < count && i < state->entries.size(); ++i) {
+    NotifierState::Entry* e = state->entries[i].get();
+    if (e->live && (e->filter == anyNotifyMsgType || e->filter == type)) e->callback(event, type);
+  }
+  if (--state->deliveryDepth == 0 && state->needsCompacting) {
+    std::erase_if(state->entries, [](const auto& e) { return !e->live; });
+    state->needsCompacting = false;
+  }
+}
+
+void NotifierBase::dropAllSubscribers() {
+  CriticalSection::Lock lock(state_->cs);
+  for (auto& e : state_->entries) e->live = false;
+  state_->liveCount.store(0, std::memory_order_relaxed);
+  if (state_->deliveryDepth == 0) state_->entries.clear();
+  else state_->needsCompacting = true;
+}
+
+Notifier::~Notifier() {
+  if (hasSubscribers()) {
+    NotifyMsg gone;
+    gone.type = NotifyMsgTypeDictionary::objectDestroyedMsgType();
+    deliver(gone, gone.type);
+  }
+  dropAllSubscribers();
+}
+
+void Notifier::issueNotification(NotifyMsg msg, NotifyMsgType type) {
+  msg.type = type;
+  deliver(msg, type);
+}

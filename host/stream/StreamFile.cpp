@@ -1,0 +1,184 @@
+#include "host/stream/StreamFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+StreamFile::StreamFile() = default;
+
+StreamFile::StreamFile(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+
+StreamFile::~StreamFile() = default;
+
+bool StreamFile::openRead(const std::string& path) {
+  bytes_.clear();
+  pos_ = 0;
+  path_ = path;
+  mode_ = Mode::fileRead;
+  std::FILE* f = std::fopen(path.c_str(), "rb");
+  if (!f) {
+    failRead(formatText(" Cannot open %s for reading: %s.", path.c_str(), std::strerror(errno)));
+    return false;
+  }
+  unsigned char chunk[65536];
+  std::size_t got = 0;
+  while ((got = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes_.insert(bytes_.end(), chunk, chunk + got);
+  const bool failed = std::ferror(f) != 0;
+  std::fclose(f);
+  if (failed) {
+    failRead(formatText(" Cannot read %s.", path.c_str()));
+    return false;
+  }
+  return true;
+}
+
+bool StreamFile::openWrite(const std::string& path) {
+  bytes_.clear();
+  pos_ = 0;
+  path_ = path;
+  mode_ = Mode::fileWrite;
+  return true;
+}
+
+bool StreamFile::close() {
+  if (mode_ != Mode::fileWrite) return !error_;
+  const std::string temp = path_ + ".tmp";
+  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) {
+    failRead(formatText(" Cannot create %s: %s.", temp.c_str(), std::strerror(errno)));
+    return false;
+  }
+  const uint8_t* p = bytes_.data();
+  std::size_t left = bytes_.size();
+  bool ok = true;
+  while (left > 0) {
+    const ssize_t n = ::write(fd, p, left);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      ok = false;
+      break;
+    }
+    p += n;
+    left -= static_cast<std::size_t>(n);
+  }
+  const int savedErrno = errno;
+  if (ok && ::fsync(fd) != 0) ok = false;
+  if (::close(fd) != 0) ok = false;
+  if (ok && std::rename(temp.c_str(), path_.c_str()) != 0) ok = false;
+  if (!ok) {
+    ::unlink(temp.c_str());
+    failRead(formatText(" Cannot write %s: %s.", path_.c_str(), std::strerror(savedErrno ? savedErrno : errno)));
+    return false;
+  }
+  mode_ = Mode::memory;
+  return true;
+}
+
+bool StreamFile::seek(uint64_t position) noexcept {
+  if (position > bytes_.size()) {
+    pos_ = bytes_.size();
+    return false;
+  }
+  pos_ = position;
+  return true;
+}
+
+void StreamFile::failRead(const LightweightString<char>& text) {
+  appendErrorText(text);
+  error_ = true;
+}
+
+void StreamFile::writeBytes(const void* data, std::size_t count) {
+  if (mode_ == Mode::fileRead) {
+    failRead(" Cannot write to a stream opened for reading.");
+    return;
+  }
+  if (count == 0) return;
+  const auto* src = static_cast<const uint8_t*>(data);
+  const std::size_t overlap = std::min<std::size_t>(count, bytes_.size() - pos_);
+  std::memcpy(bytes_.data() + pos_, src, overlap);
+  bytes_.insert(bytes_.end(), src + overlap, src + count);
+  pos_ += count;
+}
+
+bool StreamFile::readBytes(void* out, std::size_t count) {
+  if (count > remaining()) {
+    failRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
+                        static_cast<unsigned long long>(pos_), count,
+                        static_cast<unsigned long long>(remaining())));
+    pos_ = bytes_.size();
+    std::memset(out, 0, count);
+    return false;
+  }
+  if (count) std::memcpy(out, bytes_.data() + pos_, count);
+  pos_ += count;
+  return true;
+}
+
+template <class T>
+T StreamFile::readLE() {
+  uint8_t raw[sizeof(T)];
+  if (!readBytes(raw, sizeof raw)) return T(0);
+  T v = 0;
+  for (std::size_t i = 0; i < sizeof(T); ++i) v = static_cast<T>(v | (static_cast<T>(raw[i]) << (8 * i)));
+  return v;
+}
+
+template <class T>
+void StreamFile::writeLE(T v) {
+  uint8_t raw[sizeof(T)];
+  for (std::size_t i = 0; i < sizeof(T); ++i) raw[i] = static_cast<uint8_t>(v >> (8 * i));
+  writeBytes(raw, sizeof raw);
+}
+
+void StreamFile::setCookedChar(uint8_t v) { writeBytes(&v, 1); }
+void StreamFile::setUnsignedShort(uint16_t v) { writeLE(v); }
+void StreamFile::setUnsignedLong(uint32_t v) { writeLE(v); }
+
+void StreamFile::setDouble(double v) {
+  uint64_t bits;
+  std::memcpy(&bits, &v, sizeof bits);
+  writeLE(bits);
+}
+
+void StreamFile::setString(std::string_view utf8) {
+  setUnsignedLong(static_cast<uint32_t>(utf8.size()));
+  writeBytes(utf8.data(), utf8.size());
+}
+
+uint8_t StreamFile::getCookedChar() {
+  uint8_t v = 0;
+  readBytes(&v, 1);
+  return v;
+}
+uint16_t StreamFile::getUnsignedShort() { return readLE<uint16_t>(); }
+uint32_t StreamFile::getUnsignedLong() { return readLE<uint32_t>(); }
+
+double StreamFile::getDouble() {
+  const uint64_t bits = readLE<uint64_t>();
+  double v;
+  std::memcpy(&v, &bits, sizeof v);
+  return v;
+}
+
+LightweightString<char> StreamFile::getString() {
+  const uint64_t at = pos_;
+  if (remaining() < 4) {
+    failRead(formatText(" String length at offset %llu runs past the end of the stream.",
+                        static_cast<unsigned long long>(at)));
+    pos_ = bytes_.size();
+    return LightweightString<char>(std::string());
+  }
+  const uint32_t count = getUnsignedLong();
+  if (count > remaining()) {
+    failRead(formatText(" String of %u bytes at offset %llu runs past the end of the stream.", count,
+                        static_cast<unsigned long long>(at)));
+    pos_ = bytes_.size();
+    return LightweightString<char>(std::string());
+  }
+  std::string text(reinterpret_cast<const char*>(bytes_.data() + pos_), count);
+  pos_ += count;
+  return LightweightString<char>(std::move(text));
+}

@@ -1,0 +1,25 @@
+#pragma once
+#include <map>
+#include <vector>
+
+#include "host/FxHostApi.h"
+#include "host/core/IdStamp.h"
+#include "host/stream/TagBase.h"
+
+// The objects an edit holds, keyed by IdStamp.
+class FXHOST_API TagBag {
+public:
+  // The tag of the object with that id, or null.
+  Ux::Ptr<TagBase> openObject(const IdStamp& id) const;
+  // Adds or replaces the object under its id.
+  void addObject(const IdStamp& id, Ux::Ptr<Taggable> object);
+  // Removes it; false when there was none.
+  bool removeObject(const IdStamp& id);
+  bool contains(const IdStamp& id) const { return objects_.count(id) != 0; }
+  std::size_t size() const noexcept { return objects_.size(); }
+  std::vector<IdStamp> ids() const;
+  void clear();
+
+private:
+  std::map<IdStamp, Ux::Ptr<Taggable>> objects_;
+};

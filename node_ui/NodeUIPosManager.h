@@ -1,0 +1,32 @@
+#pragma once
+#include "graph_tool/GrphToolApi.h"
+#include "node_ui/NodeUIManagerBase.h"
+#include "node_ui/NodeUIPosRec.h"
+
+// The one position manager of an edit, bound to it as "NodePosManager", with
+// one NodeUIPosRec per graph node. Layer "J", version 1.0, no own data.
+class GRPHTOOL_API NodeUIPosManager : public NodeUIManagerBase {
+  STRM_DECLARE_LAYER(NodeUIPosManager, NodeUIManagerBase)
+public:
+  static StreamClassRegistrar STRM_L_NodeUIPosManager_registrar_;
+  static constexpr const char* bindingName = "NodePosManager";
+
+  NodeUIPosManager() = default;
+  explicit NodeUIPosManager(const EditPtr& edit) : NodeUIManagerBase(edit) {}
+  ~NodeUIPosManager() override;
+
+  // The edit's manager, made and bound on first request; null for no edit.
+  static Ux::Ptr<NodeUIPosManager> getManagerFor(const EditPtr& edit);
+
+  NodeUIPosRec* openPosRec(const IdStamp& node) const;
+  // The node's record, made (at the origin, no manual position) when missing.
+  NodeUIPosRec* createPosRec(const IdStamp& node, const Cookie& edit);
+  // A new record placed by hand at (x, y), with the invalid cookie; null
+  // when the node already has one.
+  NodeUIPosRec* createPosRec(const IdStamp& node, double x, double y);
+
+  NodeUIRecBase* createNewNodeRec(NodeUIManagerBase* owner) const override;
+
+  void pack(PStream&) const {}
+  void unpack(PStream&) {}
+};

@@ -1,0 +1,56 @@
+#include "node_ui/NodeUIRecBase.h"
+
+#include "host/edit/Edit.h"
+#include "node_ui/NodeUIManagerBase.h"
+
+STRM_DEFINE_LAYER(NodeUIRecBase, "L")
+STRM_REGISTER_LAYER(NodeUIRecBase);
+
+const NotifyMsgType NodeUIRecBase::recUpdateMsgType_ = NotifyMsgTypeDictionary::instance().intern("nodeRecUpdate");
+
+NodeUIRecBase::NodeUIRecBase() = default;
+
+NodeUIRecBase::NodeUIRecBase(NodeUIManagerBase* manager, const IdStamp& node, const Cookie& edit)
+    : manager_(manager), nodeId_(node), cookie_(edit) {}
+
+NodeUIRecBase::~NodeUIRecBase() = default;
+
+NodeUIRecBase& NodeUIRecBase::operator=(const NodeUIRecBase& other) {
+  if (this != &other) {
+    nodeId_ = other.nodeId_;
+    cookie_ = other.cookie_;
+    STRM_layerVersion(this) = STRM_layerVersion(&other);
+  }
+  return *this;
+}
+
+void NodeUIRecBase::registerWithNode() {
+  if (!nodeId_.valid() || !manager_ || !manager_->getEdit()) return;
+  Ux::Ptr<TagBase> tag = manager_->getEdit()->getTagBag().openObject(nodeId_);
+  if (!tag) return;
+  if (auto* node = dynamic_cast<FXGraphNodeBase*>(tag->instance().get())) FXGraphNodeClient::registerWith(node);
+}
+
+void NodeUIRecBase::sendUpdateNotification() {
+  issueNotification(LightweightString<char>(std::string()), recUpdateMsgType_);
+}
+
+void NodeUIRecBase::pack(PStream& s) const {
+  s.setCookedChar(IdStamp::currentEncoding);
+  nodeId_.pack(s);
+  // Written in the current form: the header is rewritten as 1.1 after this.
+  STRM_layerVersion(this).minor = 1;
+  s.writeBinary(cookie_.asString(), 0, false, false);
+}
+
+void NodeUIRecBase::unpack(PStream& s) {
+  const unsigned char encoding = s.getCookedChar();
+  nodeId_.unpack(s, encoding);
+  if (STRM_layerVersion(this).minor != 0) {
+    const LightweightString<char> text = s.getString();
+    Cookie cookie;
+    // Text that is no cookie gives the invalid cookie, as for any unknown edit.
+    cookie_ = Cookie::fromString(text.view(), cookie) ? cookie : invalid_cookie;
+  }
+  STRM_layerVersion(this) = StreamLayerVersion{1, 1};
+}

@@ -1,0 +1,19 @@
+#pragma once
+#include "graph_tool/GrphToolApi.h"
+#include "host/core/LightweightString.h"
+
+namespace VidRouting {
+
+// The two layout orientations of the graph.
+struct GRPHTOOL_API Orientations {
+  enum Orientation {
+    LeftToRight = 0, // inputs on the left, outputs on the right; trees stacked downwards
+    BottomToTop = 1, // inputs below, outputs above; trees side by side
+  };
+  // "LeftToRight", "BottomToTop", or empty text for any other value.
+  static LightweightString<char> asString(Orientation o);
+  // Exact, case-sensitive; anything else is LeftToRight.
+  static Orientation fromString(const LightweightString<char>& text);
+};
+
+} // namespace VidRouting
