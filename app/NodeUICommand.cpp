@@ -116,8 +116,12 @@ ReadBack readBack(const std::string& path, StreamTraceSink* trace) {
   return r;
 }
 
+// Read to the end with no error text: anything less is damage.
 bool clean(const ReadBack& r) {
-  return r.file.complete && r.found && r.managerResult == StreamResult::layerRead;
+  if (!r.file.complete || !r.found || r.managerResult != StreamResult::layerRead) return false;
+  for (const auto& e : r.file.entries)
+    if (!e.errorText.empty()) return false;
+  return true;
 }
 
 std::string trimmed(const std::string& s) {
@@ -143,8 +147,10 @@ int dump(const std::string& path, std::ostream& out, std::ostream& err) {
   if (clean(r)) return 0;
   if (!r.file.problem.empty()) err << "fxgraph: " << path << ": " << trimmed(r.file.problem.str()) << "\n";
   else if (!r.found) err << "fxgraph: " << path << ": holds no \"" << NodeUIPosManager::bindingName << "\"\n";
-  else err << "fxgraph: " << path << ": position records read with result " << r.managerResult << " ("
-           << resultMeaning(r.managerResult) << ")\n";
+  else if (r.managerResult != StreamResult::layerRead)
+    err << "fxgraph: " << path << ": position records read with result " << r.managerResult << " ("
+        << resultMeaning(r.managerResult) << ")\n";
+  else err << "fxgraph: " << path << ": position records read, but damaged: " << doc["errorText"].get<std::string>() << "\n";
   return 1;
 }
 

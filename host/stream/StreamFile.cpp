@@ -90,6 +90,12 @@ void StreamFile::failRead(const LightweightString<char>& text) {
   error_ = true;
 }
 
+void StreamFile::shortRead(const LightweightString<char>& text) {
+  // One message for a run of failed reads: the first says where it ended.
+  if (!error_) appendErrorText(text);
+  error_ = true;
+}
+
 void StreamFile::writeBytes(const void* data, std::size_t count) {
   if (mode_ == Mode::fileRead) {
     failRead(" Cannot write to a stream opened for reading.");
@@ -105,9 +111,8 @@ void StreamFile::writeBytes(const void* data, std::size_t count) {
 
 bool StreamFile::readBytes(void* out, std::size_t count) {
   if (count > remaining()) {
-    failRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
-                        static_cast<unsigned long long>(pos_), count,
-                        static_cast<unsigned long long>(remaining())));
+    shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
+                         static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
     pos_ = bytes_.size();
     std::memset(out, 0, count);
     return false;
@@ -166,15 +171,15 @@ double StreamFile::getDouble() {
 LightweightString<char> StreamFile::getString() {
   const uint64_t at = pos_;
   if (remaining() < 4) {
-    failRead(formatText(" String length at offset %llu runs past the end of the stream.",
-                        static_cast<unsigned long long>(at)));
+    shortRead(formatText(" String length at offset %llu runs past the end of the stream.",
+                         static_cast<unsigned long long>(at)));
     pos_ = bytes_.size();
     return LightweightString<char>(std::string());
   }
   const uint32_t count = getUnsignedLong();
   if (count > remaining()) {
-    failRead(formatText(" String of %u bytes at offset %llu runs past the end of the stream.", count,
-                        static_cast<unsigned long long>(at)));
+    shortRead(formatText(" String of %u bytes at offset %llu runs past the end of the stream.", count,
+                         static_cast<unsigned long long>(at)));
     pos_ = bytes_.size();
     return LightweightString<char>(std::string());
   }

@@ -72,6 +72,7 @@ public:
 
 private:
   enum class Mode { memory, fileRead, fileWrite };
+  void shortRead(const LightweightString<char>& text);
   template <class T>
   T readLE();
   template <class T>
