@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "app/EditGenerator.h"
 #include "app/NodeUICommand.h"
 #include "graph_tool/Version.h"
 
@@ -12,6 +13,7 @@ const char* usage =
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
+    "  fxgraph gen-edit --nodes N --seed S OUT   write a generated edit of about N graph nodes\n"
     "  fxgraph --version | --help\n";
 
 } // namespace
@@ -25,6 +27,12 @@ int main(int argc, char** argv) {
   if (args[0] == "--version") {
     std::cout << "fxgraph " << grphtoolDllVersionStr << "\n";
     return 0;
+  }
+  if (args[0] == "gen-edit") {
+    std::string message;
+    const int status = fxgraph::runGenEditCommand(argc - 2, argv + 2, message);
+    (status == 0 ? std::cout : std::cerr) << message << "\n";
+    return status;
   }
   if (args[0] == "nodeui") return fxgraph::runNodeUICommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
   std::cerr << "fxgraph: unknown command \"" << args[0] << "\"; try fxgraph --help\n";

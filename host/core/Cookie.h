@@ -12,6 +12,10 @@
 class FXHOST_API Cookie {
 public:
   using Bytes = std::array<uint8_t, 16>;
+  // The host's kinds of cookie (the first of the two values).
+  static constexpr uint16_t editKind = 1;
+  static constexpr uint16_t materialKind = 2;
+  static constexpr uint16_t effectGraphKind = 3;
 
   constexpr Cookie() noexcept = default;
   constexpr Cookie(const Bytes& id, uint16_t kind, uint16_t sub) noexcept : id_(id), kind_(kind), sub_(sub) {}
@@ -20,6 +24,9 @@ public:
   static Cookie generate(uint16_t kind = 0, uint16_t sub = 0);
 
   bool valid() const noexcept;
+  bool isEffectGraph() const noexcept { return kind_ == effectGraphKind; }
+  // The cookie without its suffix (the second value).
+  Cookie stripped() const noexcept { return Cookie(id_, kind_, 0); }
   const Bytes& id() const noexcept { return id_; }
   uint16_t kind() const noexcept { return kind_; }
   uint16_t sub() const noexcept { return sub_; }

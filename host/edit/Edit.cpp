@@ -1,7 +1,8 @@
 #include "host/edit/Edit.h"
 
+#include <algorithm>
+#include <cmath>
 #include <mutex>
-#include <unordered_map>
 
 namespace {
 // Live, open edits by cookie. Not owning: an edit leaves when it closes or goes.
@@ -12,6 +13,14 @@ struct LiveEdits {
 LiveEdits& liveEdits() {
   static LiveEdits live;
   return live;
+}
+
+// Undo snapshots kept per edit; the oldest go first.
+constexpr std::size_t historyLimit = 200;
+
+NotifyMsgType editModifiedMsgType() {
+  static const NotifyMsgType type = NotifyMsgTypeDictionary::instance().intern("editModified");
+  return type;
 }
 } // namespace
 
@@ -26,20 +35,84 @@ Edit::~Edit() {
   close();
 }
 
-void Edit::close() {
-  if (!closed_) {
-    closed_ = true;
-    LiveEdits& live = liveEdits();
-    std::lock_guard lock(live.mutex);
-    auto it = live.edits.find(cookie_);
-    if (it != live.edits.end() && it->second == this) live.edits.erase(it);
-  }
-  for (auto& [name, object] : bound_)
-    if (object) object->preDestroyNotify();
-  auto bound = std::move(bound_);
-  bound_.clear();
-  bound.clear();
-  tags_.clear();
+void Edit::setName(const LightweightString<wchar_t>& name) {
+  if (name == name_) return;
+  name_ = name;
+  dirty_ = true;
+  addModification({EditModification(EditModification::name)}, true);
+}
+
+double Edit::wholeFrame(double t) const {
+  const double fps = video_.frameRate;
+  return std::floor(t * fps + 0.5) / fps;
+}
+
+int Edit::findChan(const IdStamp& id) const {
+  for (std::size_t i = 0; i < channels_.size(); ++i)
+    if (channels_[i].id == id) return static_cast<int>(i);
+  return -1;
+}
+
+IdStamp Edit::getChanId(int index) const {
+  if (index < 0 || index >= getNumChans()) return {};
+  return channels_[static_cast<std::size_t>(index)].id;
+}
+
+int Edit::getChanType(const IdStamp& id) const {
+  const int i = findChan(id);
+  return i < 0 ? 0 : static_cast<int>(channels_[static_cast<std::size_t>(i)].type);
+}
+
+LightweightString<wchar_t> Edit::getChanDisplayName(const IdStamp& id, int style) const {
+  const int i = findChan(id);
+  if (i < 0) return {};
+  const EditChannel& c = channels_[static_cast<std::size_t>(i)];
+  if (style == 3) return c.name + (c.type == TrackType::audio ? L" (audio)" : L" (video)");
+  return c.name;
+}
+
+std::vector<IdStamp> Edit::getGroupContainingChan(const IdStamp& id) const {
+  const int i = findChan(id);
+  if (i < 0) return {};
+  const LightweightString<wchar_t>& group = channels_[static_cast<std::size_t>(i)].group;
+  std::vector<IdStamp> out;
+  for (const EditChannel& c : channels_)
+    if (c.id == id || (!group.empty() && c.group == group)) out.push_back(c.id);
+  return out;
+}
+
+LightweightString<wchar_t> Edit::getGroupDisplayName(const IdStamp& id, bool full) const {
+  const int i = findChan(id);
+  if (i < 0) return {};
+  const EditChannel& c = channels_[static_cast<std::size_t>(i)];
+  LightweightString<wchar_t> group = c.group.empty() ? c.name : c.group;
+  if (full) group += c.type == TrackType::audio ? L" (audio)" : L" (video)";
+  return group;
+}
+
+double Edit::getStartTime() const {
+  double start = 0;
+  bool any = false;
+  for (const EditChannel& c : channels_)
+    for (const Cel& cel : c.cels) {
+      start = any ? std::min(start, cel.start) : cel.start;
+      any = true;
+    }
+  return start;
+}
+
+double Edit::getEndTime() const {
+  double end = 0;
+  for (const EditChannel& c : channels_)
+    for (const Cel& cel : c.cels) end = std::max(end, cel.end);
+  return end;
+}
+
+std::vector<Ux::Ptr<FXGraphNodeBase>> Edit::allNodes() const {
+  std::vector<Ux::Ptr<FXGraphNodeBase>> out;
+  for (const IdStamp& id : tags_.ids())
+    if (auto node = openNode(id)) out.push_back(node);
+  return out;
 }
 
 void Edit::bindObjectToEdit(const LightweightString<char>& name, Ux::Ptr<Taggable> object) {
@@ -58,6 +131,77 @@ bool Edit::unbindObject(const LightweightString<char>& name) {
 
 std::vector<std::pair<LightweightString<char>, Ux::Ptr<Taggable>>> Edit::boundObjects() const {
   return {bound_.begin(), bound_.end()};
+}
+
+void Edit::addModification(const EditModifications& mods, bool now) {
+  for (const EditModification& m : mods.items) pending_.add(m);
+  if (now) flushModifications();
+}
+
+void Edit::flushModifications() {
+  if (pending_.empty()) return;
+  NotifierEvent<EditModifications> event;
+  event.value = std::move(pending_);
+  pending_ = EditModifications();
+  modifications_.issueNotification(event, editModifiedMsgType());
+}
+
+Edit::Snapshot Edit::takeSnapshot() const {
+  Snapshot s;
+  s.channels = channels_;
+  for (const auto& node : allNodes()) s.nodes.push_back(node->cloneNode());
+  return s;
+}
+
+void Edit::restore(const Snapshot& s) {
+  channels_ = s.channels;
+  tags_.clear();
+  // Copies again, so that the snapshot stays as it was for a later redo/undo.
+  for (const auto& node : s.nodes) addNode(node->cloneNode());
+  dirty_ = true;
+  addModification({EditModification(EditModification::structure)}, true);
+}
+
+void Edit::makeBackup() {
+  undo_.push_back(takeSnapshot());
+  if (undo_.size() > historyLimit) undo_.erase(undo_.begin());
+  redo_.clear();
+}
+
+bool Edit::undo() {
+  if (undo_.empty()) return false;
+  redo_.push_back(takeSnapshot());
+  Snapshot s = std::move(undo_.back());
+  undo_.pop_back();
+  restore(s);
+  return true;
+}
+
+bool Edit::redo() {
+  if (redo_.empty()) return false;
+  undo_.push_back(takeSnapshot());
+  Snapshot s = std::move(redo_.back());
+  redo_.pop_back();
+  restore(s);
+  return true;
+}
+
+void Edit::close() {
+  if (!closed_) {
+    closed_ = true;
+    LiveEdits& live = liveEdits();
+    std::lock_guard lock(live.mutex);
+    auto it = live.edits.find(cookie_);
+    if (it != live.edits.end() && it->second == this) live.edits.erase(it);
+  }
+  for (auto& [name, object] : bound_)
+    if (object) object->preDestroyNotify();
+  auto bound = std::move(bound_);
+  bound_.clear();
+  bound.clear();
+  tags_.clear();
+  undo_.clear();
+  redo_.clear();
 }
 
 bool EditPtr::i_open(const Cookie& cookie, int) {

@@ -1,5 +1,13 @@
 #pragma once
+// An edit and the counted reference to it.
+//
+// Map
+//   Edit ........ name, cookie, frame rate, channels and cels, graph nodes in
+//                 the tag bag, bound objects, modifications, undo history
+//   EditPtr ..... counted reference; finds a live edit by cookie
 #include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -7,12 +15,30 @@
 #include "host/core/LightweightString.h"
 #include "host/core/Ptr.h"
 #include "host/core/iObject.h"
+#include "host/edit/Channel.h"
+#include "host/edit/EditModification.h"
+#include "host/edit/FXGraphNodeBase.h"
+#include "host/notify/Notifier.h"
 #include "host/stream/TagBag.h"
 #include "host/stream/Taggable.h"
 
-// An edit: named, identified by a cookie, holding its graph nodes in a tag
-// bag and other persistent objects bound to it by name (saved with the edit).
-// A live edit can be found by its cookie (EditPtr::i_open).
+// The picture format of an edit's video.
+struct VideoMetadata {
+  int aspectCode = 2; // 2: 16/9
+  int width = 1920;
+  int height = 1080;
+  double frameRate = 25;
+  double aspectRatio() const { return aspectCode == 2 ? 16.0 / 9.0 : double(width) / double(height); }
+};
+
+// An edit: named, identified by a cookie, with a frame rate and channels of
+// cels over time; its graph nodes live in its tag bag and other persistent
+// objects are bound to it by name (saved with the edit, outside its undo
+// history). Modifications reach everyone showing the edit through its
+// modification notifier. A live edit can be found by its cookie.
+//
+// Edits are made with new and held by EditPtr; an edit is closed before it
+// is dropped, which lets its bound objects let go of it.
 class FXHOST_API Edit : public iObject {
 public:
   explicit Edit(const Cookie& cookie, LightweightString<wchar_t> name = {});
@@ -22,16 +48,49 @@ public:
 
   const Cookie& getCookie() const noexcept { return cookie_; }
   const LightweightString<wchar_t>& getName() const noexcept { return name_; }
-  void setName(const LightweightString<wchar_t>& name) { name_ = name; }
+  // Renaming tells everyone showing the edit (modification kind 3).
+  void setName(const LightweightString<wchar_t>& name);
+  double getFrameRate() const noexcept { return video_.frameRate; }
+  void setFrameRate(double fps) { video_.frameRate = fps > 0 ? fps : 25; }
+  const VideoMetadata& getVideoMetadata() const noexcept { return video_; }
+  // The time rounded to the nearest whole frame.
+  double wholeFrame(double t) const;
+  // The folder that relative file names in the edit are resolved against.
+  const std::string& getFolder() const noexcept { return folder_; }
+  void setFolder(const std::string& folder) { folder_ = folder; }
 
+  // Channels, in display order.
+  int getNumChans() const noexcept { return static_cast<int>(channels_.size()); }
+  const EditChannel& getChan(int index) const { return channels_.at(static_cast<std::size_t>(index)); }
+  EditChannel& getChan(int index) { return channels_.at(static_cast<std::size_t>(index)); }
+  // The index of the channel with that id, or -1.
+  int findChan(const IdStamp& id) const;
+  IdStamp getChanId(int index) const;
+  // 1 video, 2 audio, 0 for no such channel.
+  int getChanType(const IdStamp& id) const;
+  void addChannel(EditChannel channel) { channels_.push_back(std::move(channel)); }
+  // A channel's name for display. Style 1 is the short name ("V1"); style 3
+  // adds the kind ("V1 (video)").
+  LightweightString<wchar_t> getChanDisplayName(const IdStamp& id, int style) const;
+  // The channels shown as one with it (itself included), in order.
+  std::vector<IdStamp> getGroupContainingChan(const IdStamp& id) const;
+  LightweightString<wchar_t> getGroupDisplayName(const IdStamp& id, bool full) const;
+
+  // The span of the edit's cels.
+  double getStartTime() const;
+  double getEndTime() const;
+
+  // Graph nodes.
   TagBag& getTagBag() noexcept { return tags_; }
   const TagBag& getTagBag() const noexcept { return tags_; }
-  // The tagged object with that id as a T, or null.
   template <class T>
   Ux::Ptr<T> openObject(const IdStamp& id) const {
     Ux::Ptr<TagBase> tag = tags_.openObject(id);
     return tag ? Ux::dynamicCast<T>(tag->instance()) : nullptr;
   }
+  Ux::Ptr<FXGraphNodeBase> openNode(const IdStamp& id) const { return openObject<FXGraphNodeBase>(id); }
+  void addNode(const Ux::Ptr<FXGraphNodeBase>& node) { tags_.addObject(node->getId(), node); }
+  std::vector<Ux::Ptr<FXGraphNodeBase>> allNodes() const;
 
   // Objects bound to the edit by name; saving the edit saves them.
   void bindObjectToEdit(const LightweightString<char>& name, Ux::Ptr<Taggable> object);
@@ -42,16 +101,45 @@ public:
   bool isDirty() const noexcept { return dirty_; }
   void setDirty(bool dirty) noexcept { dirty_ = dirty; }
 
+  // Tells everyone showing the edit. `now` false keeps them until the next
+  // flushModifications (a batch of changes told once).
+  void addModification(const EditModifications& mods, bool now);
+  void flushModifications();
+  NotifierEx<EditModifications>& modificationNotifier() noexcept { return modifications_; }
+
+  // Undo history: whole-edit snapshots of channels and nodes.
+  void makeBackup();
+  bool canUndo() const noexcept { return !undo_.empty(); }
+  bool canRedo() const noexcept { return !redo_.empty(); }
+  // Restores the state before the last backup; tells everyone (kind 5).
+  bool undo();
+  bool redo();
+  std::size_t undoDepth() const noexcept { return undo_.size(); }
+
   // Lets go of every held object; bound objects that refer back to the edit
-  // then release it. An edit is closed before it is dropped.
+  // then release it.
   void close();
   bool isClosed() const noexcept { return closed_; }
 
 private:
+  struct Snapshot {
+    std::vector<EditChannel> channels;
+    std::vector<Ux::Ptr<FXGraphNodeBase>> nodes;
+  };
+  Snapshot takeSnapshot() const;
+  void restore(const Snapshot& s);
+
   Cookie cookie_;
   LightweightString<wchar_t> name_;
+  VideoMetadata video_;
+  std::string folder_;
+  std::vector<EditChannel> channels_;
   TagBag tags_;
   std::map<LightweightString<char>, Ux::Ptr<Taggable>> bound_;
+  NotifierEx<EditModifications> modifications_;
+  EditModifications pending_;
+  std::vector<Snapshot> undo_;
+  std::vector<Snapshot> redo_;
   bool dirty_ = false;
   bool closed_ = false;
 };

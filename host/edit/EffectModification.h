@@ -1,10 +1,11 @@
 #pragma once
 #include "host/core/IdStamp.h"
 
-// A description of a change to a graph node, delivered to the node's clients.
-// `kind` is the host's change number (4: a parameter or flag of the effect,
-// 5: its connections, 11: its active flag).
+// A change to one graph node, delivered to the node's clients.
 struct EffectModification {
+  // The kinds of change, shared with edit modifications.
+  enum eType { eParams = 4, eConnections = 5, eActive = 11 };
+
   IdStamp id;          // identifies the change itself
   int kind = 0;
   IdStamp nodeId;      // the node changed
@@ -14,5 +15,5 @@ struct EffectModification {
   EffectModification() = default;
   EffectModification(const IdStamp& id_, int kind_, const IdStamp& node, const IdStamp& other, int flags_)
       : id(id_), kind(kind_), nodeId(node), otherNodeId(other), flags(flags_) {}
-  explicit EffectModification(int kind_) : kind(kind_) {}
+  explicit EffectModification(int kind_, const IdStamp& node = {}) : kind(kind_), nodeId(node) {}
 };

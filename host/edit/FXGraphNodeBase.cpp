@@ -10,16 +10,12 @@ NotifyMsgType nodeChangedMsgType() {
 FXGraphNodeBase::~FXGraphNodeBase() = default;
 
 void FXGraphNodeBase::startBatchChange(const EffectModification& modification) {
-  if (batchDepth_++ == 0) {
-    pending_ = modification;
-    pendingChange_ = false;
-  }
+  if (batchDepth_++ == 0) pending_ = modification;
 }
 
 void FXGraphNodeBase::endBatchChange() {
   if (batchDepth_ == 0) return;
   if (--batchDepth_ == 0) {
-    pendingChange_ = false;
     NotifierEvent<EffectModification> event;
     event.value = pending_;
     clients_.issueNotification(event, nodeChangedMsgType());
@@ -27,10 +23,7 @@ void FXGraphNodeBase::endBatchChange() {
 }
 
 void FXGraphNodeBase::notifyChanged(const EffectModification& modification) {
-  if (batchDepth_ > 0) {
-    pendingChange_ = true;
-    return;
-  }
+  if (batchDepth_ > 0) return; // the batch's end tells of it
   NotifierEvent<EffectModification> event;
   event.value = modification;
   clients_.issueNotification(event, nodeChangedMsgType());

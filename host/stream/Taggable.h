@@ -16,6 +16,10 @@ public:
   void pack(PStream&) const {}
   void unpack(PStream&) {}
 
+  // The type of tag the object carries (an effect's template type, such as
+  // "PixShader:Mattes:flatcol.fx"); absent (null text) when it has none.
+  virtual LightweightString<char> tagTypeId() const { return {}; }
+
   virtual void destroyChildren() {}
   virtual void displaceNotify() {}
   virtual void preDeleteNotify() {}

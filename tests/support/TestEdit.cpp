@@ -1,5 +1,7 @@
 #include "tests/support/TestEdit.h"
 
+#include "host/edit/GraphNodeKinds.h"
+
 namespace testsupport {
 
 ScopedEdit::ScopedEdit(std::initializer_list<IdStamp> nodes) : edit_(new Edit(Cookie::generate(), L"Test edit")) {
@@ -11,7 +13,7 @@ ScopedEdit::~ScopedEdit() {
 }
 
 Ux::Ptr<FXGraphNodeBase> ScopedEdit::addNode(const IdStamp& id) {
-  Ux::Ptr<FXGraphNodeBase> node(new FXGraphNodeBase(id, L"node"));
+  Ux::Ptr<FXGraphNodeBase> node(new MaterialUsageNode(id, L"node", MaterialUsageNode::Media::testCard, "bars"));
   edit_->getTagBag().addObject(id, node);
   return node;
 }

@@ -1,0 +1,134 @@
+#include "app/EditGenerator.h"
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "host/edit/EditFile.h"
+#include "host/edit/GraphNodeKinds.h"
+
+namespace fxgraph {
+namespace {
+
+// A small deterministic generator; the standard distributions are not the
+// same everywhere, this is.
+class Dice {
+public:
+  explicit Dice(uint64_t seed) : engine_(seed) {}
+  unsigned below(unsigned n) { return n ? static_cast<unsigned>(engine_() % n) : 0; }
+  double unit() { return static_cast<double>(engine_() >> 11) / 9007199254740992.0; }
+
+private:
+  std::mt19937_64 engine_;
+};
+
+const char* const effectTags[] = {"mix", "wipe", "pip", "colourcorrect", "", "PixShader:Blur:gaussian.fx"};
+const char* const effectNames[] = {"Dissolve", "Wipe", "Picture in picture", "Colour correction", "Effect", "Blur"};
+const char* const testCards[] = {"bars", "grid", "ramp"};
+
+class Builder {
+public:
+  Builder(Edit& edit, uint64_t seed) : edit_(edit), dice_(seed) {}
+
+  // A tree of about `budget` nodes; returns its head.
+  IdStamp tree(unsigned budget) {
+    if (budget <= 1) return leaf();
+    const unsigned kind = dice_.below(6);
+    const unsigned inputs = kind < 3 ? 2 : 1 + dice_.below(3);
+    Ux::Ptr<EffectInstance> effect(new EffectInstance(next(), toWide(effectNames[kind]), effectTags[kind]));
+    effect->setNumInputs(inputs);
+    edit_.addNode(effect);
+    unsigned left = budget - 1;
+    for (unsigned i = 0; i < inputs; ++i) {
+      const unsigned share = i + 1 == inputs ? left : std::max(1u, left / (inputs - i));
+      effect->setInputTrackId(i, left ? tree(share) : IdStamp(), false);
+      left = left > share ? left - share : 0;
+    }
+    return effect->getId();
+  }
+
+  IdStamp next() { return IdStamp(2, 0, ++count_); }
+  unsigned count() const { return count_; }
+
+private:
+  IdStamp leaf() {
+    const IdStamp id = next();
+    if (dice_.below(4) == 0) {
+      edit_.addNode(Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(
+          id, L"Matte", ComplexBackgroundEffect::Mode::flat, Colour(dice_.unit(), dice_.unit(), dice_.unit()))));
+    } else {
+      edit_.addNode(Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(
+          id, L"Clip " + toWide(std::to_string(id.third())), MaterialUsageNode::Media::testCard,
+          testCards[dice_.below(3)])));
+    }
+    return id;
+  }
+
+  Edit& edit_;
+  Dice dice_;
+  unsigned count_ = 0;
+};
+
+} // namespace
+
+EditPtr generateEdit(unsigned nodes, uint64_t seed) {
+  Dice cookieDice(seed ^ 0x9e3779b97f4a7c15ull);
+  Cookie::Bytes id{};
+  for (auto& b : id) b = static_cast<uint8_t>(cookieDice.below(256));
+  id[0] |= 1; // never the invalid cookie
+  EditPtr edit(new Edit(Cookie(id, Cookie::editKind, 0), L"Generated"));
+  Builder build(*edit, seed);
+  // Trees of a few dozen nodes, as real graphs are, one per channel.
+  const unsigned perTree = 40;
+  const unsigned trees = std::max(1u, (nodes + perTree - 1) / perTree);
+  for (unsigned t = 0; t < trees && build.count() < nodes; ++t) {
+    const unsigned budget = std::min(perTree, nodes - build.count());
+    EditChannel channel;
+    channel.id = IdStamp(1, 0, t + 1);
+    channel.name = L"V" + toWide(std::to_string(t + 1));
+    channel.group = channel.name;
+    channel.cels.push_back({0, 60, Cel::Kind::graph, build.tree(budget)});
+    edit->addChannel(std::move(channel));
+  }
+  return edit;
+}
+
+int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
+  unsigned long nodes = 0;
+  unsigned long long seed = 1;
+  std::string out;
+  for (int i = 0; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if ((arg == "--nodes" || arg == "--seed") && i + 1 < argc) {
+      char* end = nullptr;
+      const unsigned long long v = std::strtoull(argv[++i], &end, 10);
+      if (!end || *end || argv[i][0] == '-') {
+        message = "fxgraph gen-edit: " + arg + " wants a whole number";
+        return 2;
+      }
+      if (arg == "--nodes") nodes = static_cast<unsigned long>(v);
+      else seed = v;
+    } else if (out.empty() && !arg.starts_with("--")) {
+      out = arg;
+    } else {
+      message = "usage: fxgraph gen-edit --nodes N --seed S OUT";
+      return 2;
+    }
+  }
+  if (nodes == 0 || nodes > 10000000 || out.empty()) {
+    message = "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S OUT";
+    return 2;
+  }
+  EditPtr edit = generateEdit(static_cast<unsigned>(nodes), seed);
+  std::string error;
+  const bool saved = EditFile::save(edit, out, error);
+  edit->close();
+  if (!saved) {
+    message = "fxgraph: " + error;
+    return 1;
+  }
+  message = "wrote " + out + " with " + std::to_string(nodes) + " graph nodes";
+  return 0;
+}
+
+} // namespace fxgraph

@@ -1,0 +1,640 @@
+#include "host/edit/EditFile.h"
+
+// Map
+//   LineTrackingBuilder ... builds the JSON document while noting each value's line
+//   Reader ................ turns the document into an edit, refusing what is wrong
+//   toJson / save ......... the document of an edit; atomic writes of both files
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "host/edit/GraphNodeKinds.h"
+#include "host/stream/ObjectsFile.h"
+
+using nlohmann::json;
+
+namespace {
+
+// Builds the document through the parser's SAX events, noting the line of
+// every value by its JSON pointer, so that a wrong value can be reported
+// where it stands. The lexer has read the token when the event arrives, so
+// the line is that of the token's end.
+class LineTrackingBuilder : public nlohmann::json_sax<json> {
+public:
+  explicit LineTrackingBuilder(const std::size_t& line) : line_(line) {}
+
+  bool null() override { return put(json(nullptr)); }
+  bool boolean(bool v) override { return put(json(v)); }
+  bool number_integer(number_integer_t v) override { return put(json(v)); }
+  bool number_unsigned(number_unsigned_t v) override { return put(json(v)); }
+  bool number_float(number_float_t v, const string_t&) override { return put(json(v)); }
+  bool string(string_t& v) override { return put(json(v)); }
+  bool binary(binary_t&) override { return put(json(nullptr)); }
+  bool start_object(std::size_t) override { return open(json::object()); }
+  bool key(string_t& k) override {
+    key_ = k;
+    return true;
+  }
+  bool end_object() override { return close(); }
+  bool start_array(std::size_t) override { return open(json::array()); }
+  bool end_array() override { return close(); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& e) override {
+    errorLine = line_;
+    error = e.what();
+    // Keep only the reason, without the library's prefix.
+    if (auto at = error.find("syntax error"); at != std::string::npos) error = error.substr(at);
+    return false;
+  }
+
+  json root;
+  std::map<std::string, std::size_t> lines;
+  std::size_t errorLine = 0;
+  std::string error;
+
+private:
+  std::string childPointer() const {
+    if (stack_.empty()) return "";
+    const Frame& f = stack_.back();
+    if (f.node->is_array()) return f.pointer + "/" + std::to_string(f.node->size());
+    return f.pointer + "/" + key_;
+  }
+  json* place(json value) {
+    if (stack_.empty()) {
+      root = std::move(value);
+      return &root;
+    }
+    json* parent = stack_.back().node;
+    if (parent->is_array()) {
+      parent->push_back(std::move(value));
+      return &parent->back();
+    }
+    (*parent)[key_] = std::move(value);
+    return &(*parent)[key_];
+  }
+  bool put(json value) {
+    lines[childPointer()] = line_;
+    place(std::move(value));
+    return true;
+  }
+  bool open(json value) {
+    const std::string pointer = childPointer();
+    lines[pointer] = line_;
+    json* node = place(std::move(value));
+    stack_.push_back({node, pointer});
+    return true;
+  }
+  bool close() {
+    if (!stack_.empty()) stack_.pop_back();
+    return true;
+  }
+
+  struct Frame {
+    json* node;
+    std::string pointer;
+  };
+  const std::size_t& line_;
+  std::vector<Frame> stack_;
+  std::string key_;
+};
+
+// Iterates over text, counting the lines it has passed.
+class CountingIterator {
+public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  CountingIterator(const char* p, std::size_t* line) : p_(p), line_(line) {}
+  const char& operator*() const { return *p_; }
+  CountingIterator& operator++() {
+    if (*p_ == '\n') ++*line_;
+    ++p_;
+    return *this;
+  }
+  CountingIterator operator++(int) {
+    CountingIterator before = *this;
+    ++*this;
+    return before;
+  }
+  bool operator==(const CountingIterator& o) const { return p_ == o.p_; }
+  bool operator!=(const CountingIterator& o) const { return p_ != o.p_; }
+
+private:
+  const char* p_;
+  std::size_t* line_;
+};
+
+struct Refusal {
+  std::string pointer;
+  std::string reason;
+};
+
+// Turns a document into an edit; throws Refusal for anything wrong.
+class Reader {
+public:
+  Reader(const json& doc, const std::string& folder) : doc_(doc), folder_(folder) {}
+
+  Ux::Ptr<Edit> read() {
+    if (!doc_.is_object()) refuse("", "an edit is a JSON object");
+    Cookie cookie = Cookie::generate(Cookie::editKind);
+    if (doc_.contains("cookie")) cookie = readCookie(doc_["cookie"], "/cookie");
+    Ux::Ptr<Edit> edit(new Edit(cookie, toWide(text(doc_, "", "name", true))));
+    edit->setFolder(folder_);
+    if (doc_.contains("frameRate")) {
+      const double fps = number(doc_["frameRate"], "/frameRate");
+      if (!(fps > 0 && fps <= 1000)) refuse("/frameRate", "the frame rate must be above 0 and at most 1000");
+      edit->setFrameRate(fps);
+    }
+    try {
+      readNodes(*edit);
+      readChannels(*edit);
+      checkInputs(*edit);
+    } catch (...) {
+      edit->close();
+      throw;
+    }
+    return edit;
+  }
+
+private:
+  [[noreturn]] static void refuse(const std::string& pointer, const std::string& reason) {
+    throw Refusal{pointer, reason};
+  }
+  static std::string text(const json& obj, const std::string& at, const char* key, bool required) {
+    if (!obj.contains(key)) {
+      if (required) refuse(at, std::string("\"") + key + "\" is missing");
+      return {};
+    }
+    if (!obj[key].is_string()) refuse(at + "/" + key, std::string("\"") + key + "\" must be text");
+    return obj[key].get<std::string>();
+  }
+  static double number(const json& v, const std::string& at) {
+    if (!v.is_number() || !std::isfinite(v.get<double>())) refuse(at, "a number is expected");
+    return v.get<double>();
+  }
+  static bool flag(const json& obj, const std::string& at, const char* key, bool fallback) {
+    if (!obj.contains(key)) return fallback;
+    if (!obj[key].is_boolean()) refuse(at + "/" + key, std::string("\"") + key + "\" must be true or false");
+    return obj[key].get<bool>();
+  }
+  static IdStamp id(const json& v, const std::string& at) {
+    IdStamp out;
+    if (!v.is_string() || !IdStamp::fromString(v.get<std::string>(), out))
+      refuse(at, "an id (three numbers joined by \".\", such as \"2.0.1\") is expected");
+    return out;
+  }
+  static Cookie readCookie(const json& v, const std::string& at) {
+    Cookie out;
+    if (!v.is_string() || !Cookie::fromString(v.get<std::string>(), out)) refuse(at, "not a cookie");
+    return out;
+  }
+  static Colour colour(const json& v, const std::string& at) {
+    if (!v.is_array() || v.size() < 3 || v.size() > 4) refuse(at, "a colour is [red, green, blue], each 0 to 1");
+    double c[4] = {0, 0, 0, 1};
+    for (std::size_t i = 0; i < v.size(); ++i) {
+      c[i] = number(v[i], at + "/" + std::to_string(i));
+      if (c[i] < 0 || c[i] > 1) refuse(at + "/" + std::to_string(i), "colour values run from 0 to 1");
+    }
+    return Colour(c[0], c[1], c[2], c[3]);
+  }
+  static TrackType trackType(const json& obj, const std::string& at) {
+    const std::string t = text(obj, at, "type", false);
+    if (t.empty() || t == "video") return TrackType::video;
+    if (t == "audio") return TrackType::audio;
+    refuse(at + "/type", "the type is \"video\" or \"audio\"");
+  }
+
+  void claim(const IdStamp& id, const std::string& at) {
+    if (!id.valid()) refuse(at, "the id 0.0.0 means \"nothing\" and cannot name an object");
+    if (!ids_.insert(id).second) refuse(at, "the id " + id.asString().str() + " is used twice");
+  }
+
+  void readNodes(Edit& edit) {
+    if (!doc_.contains("nodes")) return;
+    if (!doc_["nodes"].is_array()) refuse("/nodes", "\"nodes\" must be a list");
+    for (std::size_t i = 0; i < doc_["nodes"].size(); ++i) {
+      const std::string at = "/nodes/" + std::to_string(i);
+      const json& n = doc_["nodes"][i];
+      if (!n.is_object()) refuse(at, "a node is an object");
+      if (!n.contains("id")) refuse(at, "\"id\" is missing");
+      const IdStamp nodeId = id(n["id"], at + "/id");
+      claim(nodeId, at + "/id");
+      edit.addNode(makeNode(n, at, nodeId));
+    }
+  }
+
+  Ux::Ptr<FXGraphNodeBase> makeNode(const json& n, const std::string& at, const IdStamp& nodeId) {
+    const std::string kind = text(n, at, "kind", true);
+    const LightweightString<wchar_t> name = toWide(text(n, at, "name", false));
+    const TrackType type = trackType(n, at);
+    if (kind == "material") {
+      if (!n.contains("media") || !n["media"].is_object() || n["media"].size() != 1)
+        refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
+      const auto& [mediaKind, value] = *n["media"].items().begin();
+      MaterialUsageNode::Media media;
+      std::string source;
+      if (mediaKind == "testcard" && value.is_string()) {
+        media = MaterialUsageNode::Media::testCard;
+        source = value.get<std::string>();
+      } else if (mediaKind == "file" && value.is_string()) {
+        media = MaterialUsageNode::Media::file;
+        source = value.get<std::string>();
+      } else if (mediaKind == "tone" && value.is_number()) {
+        media = MaterialUsageNode::Media::tone;
+        source = std::to_string(value.get<double>());
+      } else {
+        refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
+      }
+      Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(nodeId, name, media, source, type));
+      m->setMaterialCookie(n.contains("cookie") ? readCookie(n["cookie"], at + "/cookie")
+                                                : Cookie::generate(Cookie::materialKind));
+      if (n.contains("materialKind")) {
+        const json& k = n["materialKind"];
+        if (!k.is_array() || k.size() != 2 || !k[0].is_number_integer() || !k[1].is_number_integer())
+          refuse(at + "/materialKind", "the material kind is a pair of whole numbers");
+        m->setMaterialKind({k[0].get<int>(), k[1].get<int>()});
+      }
+      return m;
+    }
+    Ux::Ptr<EffectInstance> effect;
+    if (kind == "effect") {
+      effect = new EffectInstance(nodeId, name, LightweightString<char>(text(n, at, "tag", false)), type);
+    } else if (kind == "image") {
+      effect = new ImageImportEffect(nodeId, name, LightweightString<char>(text(n, at, "file", true)));
+    } else if (kind == "alias") {
+      effect = new AliasedInputEffect(nodeId, name);
+    } else if (kind == "background") {
+      const std::string mode = text(n, at, "mode", false);
+      if (!mode.empty() && mode != "flat" && mode != "gradient")
+        refuse(at + "/mode", "a background's mode is \"flat\" or \"gradient\"");
+      if (!n.contains("colour")) refuse(at, "\"colour\" is missing");
+      const Colour first = colour(n["colour"], at + "/colour");
+      const Colour second = n.contains("colour2") ? colour(n["colour2"], at + "/colour2") : first;
+      effect = new ComplexBackgroundEffect(
+          nodeId, name, mode == "gradient" ? ComplexBackgroundEffect::Mode::gradient : ComplexBackgroundEffect::Mode::flat,
+          first, second);
+      if (n.contains("tag")) effect->setTagTypeId(LightweightString<char>(text(n, at, "tag", false)));
+    } else {
+      refuse(at + "/kind", "unknown kind \"" + kind + "\" (effect, material, image, alias or background)");
+    }
+    readEffectFields(*effect, n, at, kind == "alias");
+    return effect;
+  }
+
+  void readEffectFields(EffectInstance& e, const json& n, const std::string& at, bool alias) {
+    e.setActive(flag(n, at, "active", true));
+    e.setConnectionEditable(flag(n, at, "connectionEditable", true));
+    if (n.contains("description")) e.setDescription(toWide(text(n, at, "description", false)));
+    if (n.contains("inputs")) {
+      const json& in = n["inputs"];
+      if (!in.is_array()) refuse(at + "/inputs", "\"inputs\" must be a list of ids");
+      if (alias && in.size() != 1) refuse(at + "/inputs", "an alias has exactly one input");
+      if (in.size() > 255) refuse(at + "/inputs", "an effect has at most 255 inputs");
+      e.setNumInputs(static_cast<unsigned>(in.size()));
+      for (std::size_t i = 0; i < in.size(); ++i) {
+        const std::string where = at + "/inputs/" + std::to_string(i);
+        e.setInputTrackId(static_cast<unsigned>(i), id(in[i], where), false);
+        inputs_.push_back({e.getId(), static_cast<unsigned>(i), where});
+      }
+    }
+    if (n.contains("inputNames")) {
+      const json& names = n["inputNames"];
+      if (!names.is_array()) refuse(at + "/inputNames", "\"inputNames\" must be a list of names");
+      for (std::size_t i = 0; i < names.size(); ++i) {
+        if (!names[i].is_string()) refuse(at + "/inputNames/" + std::to_string(i), "a name must be text");
+        e.setInputName(static_cast<unsigned>(i), toWide(names[i].get<std::string>()));
+      }
+    }
+    if (n.contains("params")) {
+      const json& p = n["params"];
+      if (!p.is_object()) refuse(at + "/params", "\"params\" must be an object of numbers");
+      for (const auto& [key, value] : p.items()) {
+        const std::string where = at + "/params/" + key;
+        std::vector<double> values;
+        if (value.is_array())
+          for (std::size_t i = 0; i < value.size(); ++i) values.push_back(number(value[i], where + "/" + std::to_string(i)));
+        else values.push_back(number(value, where));
+        e.setParam(key, values);
+      }
+    }
+  }
+
+  void readChannels(Edit& edit) {
+    if (!doc_.contains("channels")) return;
+    if (!doc_["channels"].is_array()) refuse("/channels", "\"channels\" must be a list");
+    for (std::size_t i = 0; i < doc_["channels"].size(); ++i) {
+      const std::string at = "/channels/" + std::to_string(i);
+      const json& c = doc_["channels"][i];
+      if (!c.is_object()) refuse(at, "a channel is an object");
+      EditChannel channel;
+      if (!c.contains("id")) refuse(at, "\"id\" is missing");
+      channel.id = id(c["id"], at + "/id");
+      claim(channel.id, at + "/id");
+      channel.type = trackType(c, at);
+      channel.name = toWide(text(c, at, "name", false));
+      channel.group = toWide(text(c, at, "group", false));
+      if (c.contains("subtype")) {
+        if (!c["subtype"].is_number_integer()) refuse(at + "/subtype", "the subtype is a whole number");
+        channel.subtype = c["subtype"].get<int>();
+      }
+      if (c.contains("cels")) {
+        if (!c["cels"].is_array()) refuse(at + "/cels", "\"cels\" must be a list");
+        for (std::size_t k = 0; k < c["cels"].size(); ++k)
+          channel.cels.push_back(readCel(edit, c["cels"][k], at + "/cels/" + std::to_string(k), channel));
+      }
+      edit.addChannel(std::move(channel));
+    }
+  }
+
+  Cel readCel(const Edit& edit, const json& c, const std::string& at, const EditChannel& channel) {
+    if (!c.is_object()) refuse(at, "a cel is an object");
+    Cel cel;
+    if (!c.contains("start") || !c.contains("end")) refuse(at, "a cel needs \"start\" and \"end\"");
+    cel.start = number(c["start"], at + "/start");
+    cel.end = number(c["end"], at + "/end");
+    if (!(cel.end > cel.start)) refuse(at + "/end", "a cel must end after it starts");
+    if (!channel.cels.empty() && cel.start < channel.cels.back().end)
+      refuse(at + "/start", "cels must be in time order and must not overlap");
+    const int kinds = int(c.contains("graph")) + int(c.contains("material")) + int(flag(c, at, "black", false));
+    if (kinds != 1) refuse(at, "a cel is exactly one of \"graph\", \"material\" or \"black\": true");
+    if (c.contains("graph")) {
+      cel.kind = Cel::Kind::graph;
+      cel.ref = id(c["graph"], at + "/graph");
+      if (!edit.openNode(cel.ref)) refuse(at + "/graph", "no node has the id " + cel.ref.asString().str());
+    } else if (c.contains("material")) {
+      cel.kind = Cel::Kind::material;
+      cel.ref = id(c["material"], at + "/material");
+      if (!edit.openObject<MaterialUsageNode>(cel.ref))
+        refuse(at + "/material", "no material has the id " + cel.ref.asString().str());
+    }
+    return cel;
+  }
+
+  // Inputs may name nodes or channels, so they are checked once both are known.
+  void checkInputs(const Edit& edit) {
+    for (const auto& in : inputs_) {
+      const IdStamp slot = edit.openNode(in.node)->getInputTrackId(in.index);
+      if (slot.valid() && !edit.openNode(slot) && edit.findChan(slot) < 0)
+        refuse(in.pointer, "no node or channel has the id " + slot.asString().str());
+    }
+  }
+
+  struct InputRef {
+    IdStamp node;
+    unsigned index;
+    std::string pointer;
+  };
+  const json& doc_;
+  std::string folder_;
+  std::set<IdStamp> ids_;
+  std::vector<InputRef> inputs_;
+};
+
+std::string folderOf(const std::string& path) {
+  const auto slash = path.find_last_of('/');
+  return slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+}
+
+// The line of the nearest value that the document's pointer (or one of its
+// parents) was noted at.
+std::size_t lineOf(const std::map<std::string, std::size_t>& lines, std::string pointer) {
+  for (;;) {
+    if (auto it = lines.find(pointer); it != lines.end()) return it->second;
+    if (pointer.empty()) return 1;
+    pointer = pointer.substr(0, pointer.find_last_of('/'));
+  }
+}
+
+} // namespace
+
+EditFile::LoadResult EditFile::parse(const std::string& text, const std::string& name, const std::string& folder) {
+  LoadResult r;
+  std::size_t line = 1;
+  LineTrackingBuilder builder(line);
+  const bool parsed = json::sax_parse(CountingIterator(text.data(), &line),
+                                      CountingIterator(text.data() + text.size(), &line), &builder);
+  if (!parsed) {
+    r.error = name + ":" + std::to_string(builder.errorLine) + ": " + (builder.error.empty() ? "not valid JSON" : builder.error);
+    return r;
+  }
+  try {
+    r.edit = Reader(builder.root, folder).read();
+  } catch (const Refusal& refusal) {
+    r.error = name + ":" + std::to_string(lineOf(builder.lines, refusal.pointer)) + ": " + refusal.reason;
+  }
+  return r;
+}
+
+EditFile::LoadResult EditFile::load(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    LoadResult r;
+    r.error = path + ": cannot open: " + std::strerror(errno);
+    return r;
+  }
+  std::ostringstream all;
+  all << in.rdbuf();
+  LoadResult r = parse(all.str(), path, folderOf(path));
+  if (!r.edit) return r;
+
+  const std::string sidecar = sidecarPath(path);
+  if (::access(sidecar.c_str(), F_OK) != 0) {
+    r.warnings.push_back(sidecar + ": not found; the edit has no saved node positions");
+    return r;
+  }
+  ObjectsFile::ReadResult objects = ObjectsFile::load(sidecar);
+  bool damaged = !objects.complete;
+  std::string why = objects.problem.str();
+  for (const auto& e : objects.entries)
+    if (!e.errorText.empty() || !e.object) {
+      damaged = true;
+      if (why.empty()) why = "object \"" + e.name.str() + "\":" + e.errorText.str();
+    }
+  if (damaged) {
+    r.warnings.push_back(sidecar + ": damaged (" + why + "); the edit is loaded without its saved objects");
+    return r;
+  }
+  for (const auto& e : objects.entries)
+    if (auto taggable = Ux::dynamicCast<Taggable>(e.object)) r.edit->bindObjectToEdit(e.name, taggable);
+  for (const auto& w : objects.warnings) r.warnings.push_back(sidecar + ": " + w.str());
+  return r;
+}
+
+namespace {
+
+nlohmann::ordered_json colourJson(const Colour& c) {
+  nlohmann::ordered_json j = {c.r, c.g, c.b};
+  if (c.a != 1) j.push_back(c.a);
+  return j;
+}
+
+nlohmann::ordered_json nodeJson(const FXGraphNodeBase& node) {
+  nlohmann::ordered_json n;
+  n["id"] = node.getId().asString().str();
+  if (const auto* m = dynamic_cast<const MaterialUsageNode*>(&node)) {
+    n["kind"] = "material";
+    n["name"] = toUTF8(m->getName()).str();
+    if (m->getTrackType() == TrackType::audio) n["type"] = "audio";
+    const std::string source = m->getSource().str();
+    switch (m->getMedia()) {
+    case MaterialUsageNode::Media::testCard:
+      n["media"] = {{"testcard", source}};
+      break;
+    case MaterialUsageNode::Media::file:
+      n["media"] = {{"file", source}};
+      break;
+    case MaterialUsageNode::Media::tone:
+      n["media"] = {{"tone", std::strtod(source.c_str(), nullptr)}};
+      break;
+    }
+    n["cookie"] = m->getMaterialCookie().asString().str();
+    const auto kind = m->getMaterialKind();
+    if (kind.first || kind.second) n["materialKind"] = {kind.first, kind.second};
+    return n;
+  }
+  const auto& e = dynamic_cast<const EffectInstance&>(node);
+  if (const auto* image = dynamic_cast<const ImageImportEffect*>(&e)) {
+    n["kind"] = "image";
+    n["file"] = image->getFile().str();
+  } else if (dynamic_cast<const AliasedInputEffect*>(&e)) {
+    n["kind"] = "alias";
+  } else if (const auto* bg = dynamic_cast<const ComplexBackgroundEffect*>(&e)) {
+    n["kind"] = "background";
+    n["mode"] = bg->isFlat() ? "flat" : "gradient";
+    n["colour"] = colourJson(bg->getColour(0, 0));
+    if (!bg->isFlat()) n["colour2"] = colourJson(bg->getColour(0, 1));
+    if (e.tagTypeId() != (bg->isFlat() ? ComplexBackgroundEffect::flatTag : ComplexBackgroundEffect::gradientTag))
+      n["tag"] = e.tagTypeId().str();
+  } else {
+    n["kind"] = "effect";
+    n["tag"] = e.tagTypeId().str();
+  }
+  n["name"] = toUTF8(e.getName()).str();
+  if (e.getTrackType() == TrackType::audio) n["type"] = "audio";
+  if (!e.getDescription().empty() && !(e.getDescription() == e.getName()))
+    n["description"] = toUTF8(e.getDescription()).str();
+  if (e.getNumInputs() > 0 && !dynamic_cast<const ImageImportEffect*>(&e)) {
+    nlohmann::ordered_json inputs = nlohmann::ordered_json::array(), names = nlohmann::ordered_json::array();
+    for (unsigned i = 0; i < e.getNumInputs(); ++i) {
+      inputs.push_back(e.getInputTrackId(i).asString().str());
+      names.push_back(toUTF8(e.getInputName(i)).str());
+    }
+    n["inputs"] = inputs;
+    n["inputNames"] = names;
+  }
+  n["active"] = e.isActive();
+  n["connectionEditable"] = e.isConnectionEditable();
+  if (!e.params().empty()) {
+    nlohmann::ordered_json params = nlohmann::ordered_json::object();
+    for (const auto& [key, values] : e.params()) {
+      if (values.size() == 1) params[key] = values.front();
+      else params[key] = values;
+    }
+    n["params"] = params;
+  }
+  return n;
+}
+
+bool writeTemp(const std::string& path, const void* data, std::size_t size, std::string& error) {
+  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) {
+    error = path + ": cannot create: " + std::strerror(errno);
+    return false;
+  }
+  const char* p = static_cast<const char*>(data);
+  bool ok = true;
+  while (size > 0) {
+    const ssize_t n = ::write(fd, p, size);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      ok = false;
+      break;
+    }
+    p += n;
+    size -= static_cast<std::size_t>(n);
+  }
+  if (ok && ::fsync(fd) != 0) ok = false;
+  if (::close(fd) != 0) ok = false;
+  if (!ok) {
+    error = path + ": cannot write: " + std::strerror(errno);
+    ::unlink(path.c_str());
+  }
+  return ok;
+}
+
+} // namespace
+
+std::string EditFile::toJson(const Edit& edit) {
+  nlohmann::ordered_json doc;
+  doc["name"] = toUTF8(edit.getName()).str();
+  doc["cookie"] = edit.getCookie().asString().str();
+  doc["frameRate"] = edit.getFrameRate();
+  nlohmann::ordered_json channels = nlohmann::ordered_json::array();
+  for (int i = 0; i < edit.getNumChans(); ++i) {
+    const EditChannel& c = edit.getChan(i);
+    nlohmann::ordered_json cj;
+    cj["id"] = c.id.asString().str();
+    cj["type"] = c.type == TrackType::audio ? "audio" : "video";
+    cj["name"] = toUTF8(c.name).str();
+    if (!c.group.empty()) cj["group"] = toUTF8(c.group).str();
+    if (c.subtype) cj["subtype"] = c.subtype;
+    nlohmann::ordered_json cels = nlohmann::ordered_json::array();
+    for (const Cel& cel : c.cels) {
+      nlohmann::ordered_json k = {{"start", cel.start}, {"end", cel.end}};
+      if (cel.kind == Cel::Kind::graph) k["graph"] = cel.ref.asString().str();
+      else if (cel.kind == Cel::Kind::material) k["material"] = cel.ref.asString().str();
+      else k["black"] = true;
+      cels.push_back(k);
+    }
+    cj["cels"] = cels;
+    channels.push_back(cj);
+  }
+  doc["channels"] = channels;
+  nlohmann::ordered_json nodes = nlohmann::ordered_json::array();
+  for (const auto& node : edit.allNodes()) nodes.push_back(nodeJson(*node));
+  doc["nodes"] = nodes;
+  return doc.dump(2) + "\n";
+}
+
+bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& error) {
+  if (!edit) {
+    error = "no edit to save";
+    return false;
+  }
+  const std::string document = toJson(*edit);
+  PStream objects;
+  std::vector<ObjectsFile::Binding> bindings;
+  for (const auto& [name, object] : edit->boundObjects()) bindings.push_back({name, object});
+  LightweightString<char> why;
+  if (!ObjectsFile::write(objects, bindings, why)) {
+    error = sidecarPath(path) + ": " + why.str();
+    return false;
+  }
+  const std::string jsonTemp = path + ".tmp";
+  const std::string objectsTemp = sidecarPath(path) + ".tmp";
+  if (!writeTemp(jsonTemp, document.data(), document.size(), error)) return false;
+  if (!writeTemp(objectsTemp, objects.bytes().data(), objects.bytes().size(), error)) {
+    ::unlink(jsonTemp.c_str());
+    return false;
+  }
+  if (std::rename(jsonTemp.c_str(), path.c_str()) != 0 ||
+      std::rename(objectsTemp.c_str(), sidecarPath(path).c_str()) != 0) {
+    error = path + ": cannot put the saved files in place: " + std::strerror(errno);
+    ::unlink(jsonTemp.c_str());
+    ::unlink(objectsTemp.c_str());
+    return false;
+  }
+  edit->setDirty(false);
+  return true;
+}

@@ -1,0 +1,34 @@
+#pragma once
+#include <string>
+#include <vector>
+
+#include "host/FxHostApi.h"
+#include "host/edit/Edit.h"
+
+// Edit files: a JSON document of channels, cels and graph nodes, plus the
+// edit's bound objects in a sidecar objects file named like the edit file
+// with ".objects" appended.
+struct FXHOST_API EditFile {
+  struct LoadResult {
+    EditPtr edit;                      // null when the edit was refused
+    std::string error;                 // "<file>:<line>: <reason>" when refused
+    std::vector<std::string> warnings; // e.g. a missing or damaged sidecar
+  };
+
+  // Loads an edit. A malformed document is refused with its line and reason
+  // and changes nothing. A missing or damaged sidecar loads the edit without
+  // its bound objects and says so in the warnings.
+  static LoadResult load(const std::string& path);
+  // Parses a document held in memory (`name` is used in messages; relative
+  // files resolve against `folder`).
+  static LoadResult parse(const std::string& text, const std::string& name, const std::string& folder);
+
+  // Writes the document and the sidecar to temporary names, flushes both and
+  // only then renames them into place, so a failure never leaves a
+  // half-written edit. False with the reason on failure.
+  static bool save(const EditPtr& edit, const std::string& path, std::string& error);
+  // The JSON document of an edit.
+  static std::string toJson(const Edit& edit);
+
+  static std::string sidecarPath(const std::string& path) { return path + ".objects"; }
+};

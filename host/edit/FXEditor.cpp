@@ -1,0 +1,148 @@
+#include "host/edit/FXEditor.h"
+
+#include <algorithm>
+#include <set>
+
+#include "host/edit/GraphNodeKinds.h"
+
+FXEditor::FXEditor(const EditPtr& edit, int, int) : edit_(edit) {}
+
+bool FXEditor::isUpstream(const Ux::Ptr<FXGraphNodeBase>& from, const IdStamp& target, double time) const {
+  std::set<IdStamp> seen;
+  std::vector<Ux::Ptr<FXGraphNodeBase>> todo{from};
+  while (!todo.empty()) {
+    Ux::Ptr<FXGraphNodeBase> node = todo.back();
+    todo.pop_back();
+    if (node->getId() == target) return true;
+    if (!seen.insert(node->getId()).second) continue;
+    for (unsigned i = 0; i < node->getNumInputs(); ++i) {
+      IdStamp channel;
+      if (auto next = EditGraphIterator::resolveInput(*edit_, node->getInputTrackId(i), time, channel))
+        todo.push_back(next);
+    }
+  }
+  return false;
+}
+
+bool FXEditor::canConnectNodes(const EditGraphIterator& destination, int input,
+                               const EditGraphIterator& source) const {
+  if (!edit_ || !destination.isValid() || !source.isValid()) return false;
+  auto dest = Ux::dynamicCast<EffectInstance>(destination.getNode());
+  Ux::Ptr<FXGraphNodeBase> src = source.getNode();
+  if (!dest || !src || dynamic_cast<AliasedInputEffect*>(dest.get())) return false;
+  if (input < 0 || static_cast<unsigned>(input) >= dest->getNumInputs()) return false;
+  if (!dest->isConnectionEditable()) return false;
+  if (dest->getTrackType() != src->getTrackType()) return false;
+  if (src->getId() == dest->getId()) return false;
+  // The source must not already depend on the destination.
+  return !isUpstream(src, dest->getId(), destination.getTime());
+}
+
+bool FXEditor::connectNodes(const EditGraphIterator& destination, int input, const EditGraphIterator& source,
+                            bool notify) {
+  if (!canConnectNodes(destination, input, source)) return false;
+  destination.getNode()->setInputTrackId(static_cast<unsigned>(input), source.getNode()->getId(), notify);
+  edit_->setDirty(true);
+  return true;
+}
+
+bool FXEditor::disconnectNodes(const EditGraphIterator& destination, int input, bool notify) {
+  if (!edit_ || !destination.isValid() || input < 0) return false;
+  if (!destination.getNode()->setInputTrackId(static_cast<unsigned>(input), IdStamp(), notify)) return false;
+  edit_->setDirty(true);
+  return true;
+}
+
+bool FXEditor::destroyNode(const EditGraphIterator& at, bool notify) {
+  if (!edit_ || !at.isValid()) return false;
+  Ux::Ptr<FXGraphNodeBase> gone = at.getNode();
+  const IdStamp id = gone->getId();
+  const IdStamp replacement = gone->getNumInputs() > 0 ? gone->getInputTrackId(0) : IdStamp();
+  for (const auto& node : edit_->allNodes()) {
+    if (node == gone) continue;
+    for (unsigned i = 0; i < node->getNumInputs(); ++i)
+      if (node->getInputTrackId(i) == id) node->setInputTrackId(i, replacement, notify);
+  }
+  const bool replacementIsNode = static_cast<bool>(edit_->openNode(replacement));
+  for (int c = 0; c < edit_->getNumChans(); ++c) {
+    for (Cel& cel : edit_->getChan(c).cels) {
+      if (cel.kind != Cel::Kind::graph || cel.ref != id) continue;
+      if (replacementIsNode) cel.ref = replacement;
+      else cel = Cel{cel.start, cel.end, Cel::Kind::black, IdStamp()};
+    }
+  }
+  edit_->getTagBag().removeObject(id);
+  edit_->setDirty(true);
+  return true;
+}
+
+bool FXEditor::cycleInputs(EffectInstance& effect) {
+  const unsigned n = effect.getNumInputs();
+  if (n < 2) return false;
+  const IdStamp first = effect.getInputTrackId(0);
+  effect.startBatchChange(EffectModification(EffectModification::eConnections, effect.getId()));
+  for (unsigned i = 0; i + 1 < n; ++i) effect.setInputTrackId(i, effect.getInputTrackId(i + 1), true);
+  effect.setInputTrackId(n - 1, first, true);
+  effect.endBatchChange();
+  if (edit_) edit_->setDirty(true);
+  return true;
+}
+
+void FXEditor::findOrphanedComponents(const EditPtr& edit, std::vector<IdStamp>& roots, double) {
+  if (!edit) return;
+  // Every node some cel uses, at the cel's own times.
+  std::set<IdStamp> used;
+  for (int c = 0; c < edit->getNumChans(); ++c) {
+    for (const Cel& cel : edit->getChan(c).cels) {
+      if (cel.kind == Cel::Kind::black) continue;
+      std::vector<std::pair<IdStamp, double>> todo{{cel.ref, cel.start}};
+      while (!todo.empty()) {
+        auto [id, t] = todo.back();
+        todo.pop_back();
+        Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
+        if (!node || !used.insert(id).second) continue;
+        for (unsigned i = 0; i < node->getNumInputs(); ++i) {
+          IdStamp channel;
+          if (auto next = EditGraphIterator::resolveInput(*edit, node->getInputTrackId(i), t, channel))
+            todo.push_back({next->getId(), t});
+        }
+      }
+    }
+  }
+  std::set<IdStamp> orphans;
+  for (const auto& node : edit->allNodes())
+    if (node->getTrackType() == TrackType::video && !used.count(node->getId())) orphans.insert(node->getId());
+  // A piece's head feeds no other orphan.
+  std::set<IdStamp> fedByOrphan;
+  for (const IdStamp& id : orphans) {
+    Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
+    for (unsigned i = 0; i < node->getNumInputs(); ++i)
+      if (orphans.count(node->getInputTrackId(i)) && node->getInputTrackId(i) != id)
+        fedByOrphan.insert(node->getInputTrackId(i));
+  }
+  std::set<IdStamp> covered;
+  auto cover = [&](const IdStamp& head) {
+    std::vector<IdStamp> todo{head};
+    while (!todo.empty()) {
+      IdStamp id = todo.back();
+      todo.pop_back();
+      if (!orphans.count(id) || !covered.insert(id).second) continue;
+      Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
+      for (unsigned i = 0; i < node->getNumInputs(); ++i) todo.push_back(node->getInputTrackId(i));
+    }
+  };
+  std::vector<IdStamp> heads;
+  for (const IdStamp& id : orphans)
+    if (!fedByOrphan.count(id)) {
+      heads.push_back(id);
+      cover(id);
+    }
+  // A piece that is all cycle has no head: its lowest id stands for it.
+  for (const IdStamp& id : orphans)
+    if (!covered.count(id)) {
+      heads.push_back(id);
+      cover(id);
+    }
+  for (const IdStamp& id : heads)
+    if (std::find(roots.begin(), roots.end(), id) == roots.end()) roots.push_back(id);
+}
