@@ -1,9 +1,5 @@
 #include "node_ui/VidRouting.h"
 
-#include "node_ui/NodeUIPosSource.h"
-
-NodeUIPosSource::~NodeUIPosSource() = default;
-
 namespace VidRouting {
 
 LightweightString<char> Orientations::asString(Orientation o) {

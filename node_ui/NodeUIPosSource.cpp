@@ -1,0 +1,3 @@
+#include "node_ui/NodeUIPosSource.h"
+
+NodeUIPosSource::~NodeUIPosSource() = default;
