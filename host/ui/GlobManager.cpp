@@ -1,0 +1,338 @@
+#include "host/ui/GlobManager.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "host/ui/HostClock.h"
+
+namespace {
+
+struct Screen {
+  std::unique_ptr<ScreenSurface> surface;
+  std::vector<Glob*> roots; // bottom to top
+  std::vector<Glob*> doomed;
+  std::vector<Glob*> timed;
+  Glob* captured = nullptr;
+  Glob* focus = nullptr;
+  XY<int> mouse;
+  XY<int> pressAt;
+  unsigned modifiers = 0;
+  unsigned clickState = 0;
+  Event::Button pressed = Event::noButton;
+  bool invalid = true;
+  int deferrals = 0;
+};
+Screen* screen = nullptr;
+
+// The deepest visible glob under a screen point, top roots first.
+Glob* globAt(XY<int> p) {
+  for (auto it = screen->roots.rbegin(); it != screen->roots.rend(); ++it) {
+    Glob* g = *it;
+    if (!g->isVisible() || !g->containsScreenPoint(p)) continue;
+    for (bool deeper = true; deeper;) {
+      deeper = false;
+      const auto& kids = g->children();
+      for (auto k = kids.rbegin(); k != kids.rend(); ++k)
+        if ((*k)->isVisible() && (*k)->containsScreenPoint(p)) {
+          g = *k;
+          deeper = true;
+          break;
+        }
+    }
+    return g;
+  }
+  return nullptr;
+}
+
+Event localTo(const Glob* g, Event e) {
+  e.position = e.screen - g->screenPos();
+  return e;
+}
+
+// Offers the event to the glob and then its parents; returns who took it.
+Glob* offer(Glob* g, const Event& e) {
+  for (; g; g = g->parent())
+    if ((e.type == Event::keyDown || e.type == Event::keyUp ? g->handleKeyEvent(localTo(g, e))
+                                                            : g->handleMouseEvent(localTo(g, e))))
+      return g;
+  return nullptr;
+}
+
+} // namespace
+
+void GlobManager::initialise(int width, int height) {
+  if (!screen) screen = new Screen;
+  screen->surface = std::make_unique<ScreenSurface>(width, height);
+  screen->invalid = true;
+}
+
+void GlobManager::shutdown() {
+  if (!screen) return;
+  processDeletions();
+  while (!screen->roots.empty()) {
+    Glob* g = screen->roots.back();
+    screen->roots.pop_back();
+    delete g;
+  }
+  delete screen;
+  screen = nullptr;
+}
+
+bool GlobManager::initialised() {
+  return screen && screen->surface;
+}
+
+ScreenSurface& GlobManager::surface() {
+  return *screen->surface;
+}
+
+XY<int> GlobManager::screenSize() {
+  return initialised() ? XY<int>{screen->surface->width(), screen->surface->height()} : XY<int>{};
+}
+
+void GlobManager::resizeScreen(int width, int height) {
+  screen->surface->resize(width, height);
+  for (Glob* g : screen->roots) g->updateCanvas();
+  invalidate();
+}
+
+void GlobManager::realize(Glob* root) {
+  if (!root || std::find(screen->roots.begin(), screen->roots.end(), root) != screen->roots.end()) return;
+  screen->roots.push_back(root);
+  root->updateCanvas();
+  root->layoutChildren();
+  drawGlob(root);
+}
+
+void GlobManager::requestDeletion(Glob* root) {
+  if (root && std::find(screen->doomed.begin(), screen->doomed.end(), root) == screen->doomed.end())
+    screen->doomed.push_back(root);
+}
+
+void GlobManager::processDeletions() {
+  if (!screen) return;
+  while (!screen->doomed.empty()) {
+    Glob* g = screen->doomed.back();
+    screen->doomed.pop_back();
+    std::erase(screen->roots, g);
+    delete g;
+    screen->invalid = true;
+  }
+}
+
+void GlobManager::raise(Glob* root) {
+  auto it = std::find(screen->roots.begin(), screen->roots.end(), root);
+  if (it == screen->roots.end() || it + 1 == screen->roots.end()) return;
+  screen->roots.erase(it);
+  screen->roots.push_back(root);
+  screen->invalid = true;
+}
+
+const std::vector<Glob*>& GlobManager::roots() {
+  return screen->roots;
+}
+
+XY<int> GlobManager::getPosForGlob(const GlobCreationInfo& info, const Glob::Placement& placement) {
+  const XY<int> s = screenSize();
+  switch (placement.kind) {
+  case Glob::Placement::centre:
+    return {(s.x - info.size.x) / 2 + placement.dx, (s.y - info.size.y) / 2 + placement.dy};
+  case Glob::Placement::topLeft:
+    return {placement.dx, s.y - placement.dy - info.size.y};
+  default:
+    return {placement.dx, placement.dy};
+  }
+}
+
+XY<int> GlobManager::getSafePosForGlob(const Canvas&, XY<int> pos, XY<int> size) {
+  const XY<int> s = screenSize();
+  pos.x = std::clamp(pos.x, 0, std::max(0, s.x - size.x));
+  pos.y = std::clamp(pos.y, 0, std::max(0, s.y - size.y));
+  return pos;
+}
+
+int GlobManager::windowArrangement() {
+  return 0;
+}
+
+bool GlobManager::dispatch(Event e) {
+  if (!screen) return false;
+  if (e.isMouse()) screen->mouse = e.screen;
+  e.modifiers |= screen->modifiers;
+  Glob* taker = nullptr;
+  switch (e.type) {
+  case Event::mouseDown:
+    if (screen->pressed != Event::noButton && screen->captured) {
+      // A second button during a press: the first keeps the capture.
+      if (e.button == Event::right && screen->pressed == Event::left) screen->clickState |= Event::chordClick;
+      e.clickState = screen->clickState;
+      e.sinceDown = e.screen - screen->pressAt;
+      return screen->captured->handleMouseEvent(localTo(screen->captured, e));
+    }
+    screen->pressed = e.button;
+    screen->pressAt = e.screen;
+    screen->clickState = (e.modifiers & Event::shiftHeld) ? Event::zoomDrag : 0;
+    e.clickState = screen->clickState;
+    taker = offer(globAt(e.screen), e);
+    screen->captured = taker;
+    if (taker) screen->focus = taker;
+    break;
+  case Event::mouseMove:
+    e.button = screen->pressed;
+    e.clickState = screen->clickState;
+    if (screen->pressed != Event::noButton) e.sinceDown = e.screen - screen->pressAt;
+    taker = screen->captured ? (screen->captured->handleMouseEvent(localTo(screen->captured, e)) ? screen->captured
+                                                                                               : nullptr)
+                             : offer(globAt(e.screen), e);
+    break;
+  case Event::mouseUp:
+    e.clickState = screen->clickState;
+    e.sinceDown = e.screen - screen->pressAt;
+    if (screen->captured) {
+      Glob* g = screen->captured;
+      if (e.button == screen->pressed) screen->captured = nullptr;
+      taker = g->handleMouseEvent(localTo(g, e)) ? g : nullptr;
+    } else {
+      taker = offer(globAt(e.screen), e);
+    }
+    if (e.button == screen->pressed) {
+      screen->pressed = Event::noButton;
+      screen->clickState = 0;
+    }
+    break;
+  case Event::wheel:
+    taker = offer(globAt(e.screen), e);
+    break;
+  case Event::keyDown:
+  case Event::keyUp:
+    taker = offer(screen->focus ? screen->focus : globAt(screen->mouse), e);
+    break;
+  default:
+    break;
+  }
+  update();
+  return taker != nullptr;
+}
+
+XY<int> GlobManager::mousePosition() {
+  return screen ? screen->mouse : XY<int>{};
+}
+
+unsigned GlobManager::keyboardModifiers() {
+  return screen ? screen->modifiers : 0;
+}
+
+void GlobManager::setKeyboardModifiers(unsigned bits) {
+  if (screen) screen->modifiers = bits;
+}
+
+Glob* GlobManager::capturedGlob() {
+  return screen ? screen->captured : nullptr;
+}
+
+void GlobManager::addTimerInterest(Glob* glob) {
+  if (std::find(screen->timed.begin(), screen->timed.end(), glob) == screen->timed.end())
+    screen->timed.push_back(glob);
+}
+
+void GlobManager::removeTimerInterest(Glob* glob) {
+  if (screen) std::erase(screen->timed, glob);
+}
+
+bool GlobManager::wantsTicks() {
+  return screen && !screen->timed.empty();
+}
+
+void GlobManager::tick() {
+  if (!screen) return;
+  Event e;
+  e.type = Event::timer;
+  e.time = msecsNow();
+  // A glob may give its interest back while ticking.
+  const std::vector<Glob*> ticking = screen->timed;
+  for (Glob* g : ticking)
+    if (std::find(screen->timed.begin(), screen->timed.end(), g) != screen->timed.end()) g->handleTimerEvent(e);
+  update();
+}
+
+void GlobManager::drawAll() {
+  if (!initialised()) return;
+  const XY<int> s = screenSize();
+  screen->surface->draw(Glib::RectDescription{{0, 0, s.x, s.y}, fromColour(Colour(0.25, 0.26, 0.28))},
+                        {0, 0, s.x, s.y});
+  screen->surface->addModifiedArea({0, 0, s.x, s.y});
+  for (Glob* g : screen->roots) g->drawTree();
+  screen->invalid = false;
+}
+
+void GlobManager::invalidate() {
+  if (screen) screen->invalid = true;
+}
+
+void GlobManager::update() {
+  if (!initialised() || !Drawable::redrawsEnabled() || screen->deferrals > 0) return;
+  processDeletions();
+  if (screen->invalid) drawAll();
+}
+
+void GlobManager::drawGlob(Glob* glob) {
+  if (!initialised()) return;
+  if (!Drawable::redrawsEnabled() || screen->deferrals > 0 || screen->invalid) {
+    screen->invalid = true;
+    update();
+    return;
+  }
+  Glob* root = glob->getRootParent();
+  auto it = std::find(screen->roots.begin(), screen->roots.end(), root);
+  if (it == screen->roots.end()) return; // not on the screen
+  glob->drawTree();
+  // Roots above it that overlap are painted again, keeping the stacking order.
+  const XY<int> p = glob->screenPos();
+  for (++it; it != screen->roots.end(); ++it) {
+    Glob* above = *it;
+    const XY<int> q = above->screenPos();
+    if (q.x < p.x + glob->width() && p.x < q.x + above->width() && q.y < p.y + glob->height() &&
+        p.y < q.y + above->height())
+      above->drawTree();
+  }
+}
+
+bool GlobManager::deferring() {
+  return screen && screen->deferrals > 0;
+}
+
+void GlobManager::beginDeferral() {
+  if (screen) ++screen->deferrals;
+}
+
+void GlobManager::endDeferral() {
+  if (!screen || screen->deferrals == 0) return;
+  if (--screen->deferrals == 0) update();
+}
+
+bool GlobManager::writePNG(const std::string& path) {
+  if (!initialised()) return false;
+  update();
+  return screen->surface->writePNG(path);
+}
+
+bool GlobManager::writeSVG(const std::string& path) {
+  if (!initialised() || !screen->surface->beginSVG(path)) return false;
+  drawAll();
+  screen->surface->endSVG();
+  return true;
+}
+
+void GlobManager::forget(Glob* glob) {
+  if (!screen) return;
+  if (screen->captured == glob) screen->captured = nullptr;
+  if (screen->focus == glob) screen->focus = nullptr;
+  std::erase(screen->timed, glob);
+  std::erase(screen->roots, glob);
+  std::erase(screen->doomed, glob);
+}
+
+XY<int> glib_getPosForWindow(int width, int height) {
+  const XY<int> s = GlobManager::screenSize();
+  return {(s.x - width) / 2, (s.y - height) / 2};
+}
