@@ -1,5 +1,6 @@
 #include "app/EditGenerator.h"
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -71,15 +72,15 @@ private:
 
 } // namespace
 
-EditPtr generateEdit(unsigned nodes, uint64_t seed) {
+EditPtr generateEdit(unsigned nodes, uint64_t seed, unsigned treeSize) {
   Dice cookieDice(seed ^ 0x9e3779b97f4a7c15ull);
   Cookie::Bytes id{};
   for (auto& b : id) b = static_cast<uint8_t>(cookieDice.below(256));
   id[0] |= 1; // never the invalid cookie
   EditPtr edit(new Edit(Cookie(id, Cookie::editKind, 0), L"Generated"));
   Builder build(*edit, seed);
-  // Trees of a few dozen nodes, as real graphs are, one per channel.
-  const unsigned perTree = 40;
+  // By default trees of a few dozen nodes, as real graphs are, one per channel.
+  const unsigned perTree = std::max(1u, treeSize);
   const unsigned trees = std::max(1u, (nodes + perTree - 1) / perTree);
   for (unsigned t = 0; t < trees && build.count() < nodes; ++t) {
     const unsigned budget = std::min(perTree, nodes - build.count());
@@ -95,11 +96,12 @@ EditPtr generateEdit(unsigned nodes, uint64_t seed) {
 
 int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
   unsigned long nodes = 0;
+  unsigned long treeSize = 40;
   unsigned long long seed = 1;
   std::string out;
   for (int i = 0; i < argc; ++i) {
     const std::string arg = argv[i];
-    if ((arg == "--nodes" || arg == "--seed") && i + 1 < argc) {
+    if ((arg == "--nodes" || arg == "--seed" || arg == "--tree-size") && i + 1 < argc) {
       char* end = nullptr;
       const unsigned long long v = std::strtoull(argv[++i], &end, 10);
       if (!end || *end || argv[i][0] == '-') {
@@ -107,19 +109,20 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
         return 2;
       }
       if (arg == "--nodes") nodes = static_cast<unsigned long>(v);
+      else if (arg == "--tree-size") treeSize = static_cast<unsigned long>(v);
       else seed = v;
     } else if (out.empty() && !arg.starts_with("--")) {
       out = arg;
     } else {
-      message = "usage: fxgraph gen-edit --nodes N --seed S OUT";
+      message = "usage: fxgraph gen-edit --nodes N --seed S [--tree-size K] OUT";
       return 2;
     }
   }
-  if (nodes == 0 || nodes > 10000000 || out.empty()) {
-    message = "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S OUT";
+  if (nodes == 0 || nodes > 10000000 || treeSize == 0 || out.empty()) {
+    message = "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S [--tree-size K] OUT";
     return 2;
   }
-  EditPtr edit = generateEdit(static_cast<unsigned>(nodes), seed);
+  EditPtr edit = generateEdit(static_cast<unsigned>(nodes), seed, static_cast<unsigned>(std::min(treeSize, nodes)));
   std::string error;
   const bool saved = EditFile::save(edit, out, error);
   edit->close();
