@@ -140,6 +140,7 @@ void Edit::addModification(const EditModifications& mods, bool now) {
 
 void Edit::flushModifications() {
   if (pending_.empty()) return;
+  ++revision_;
   NotifierEvent<EditModifications> event;
   event.value = std::move(pending_);
   pending_ = EditModifications();

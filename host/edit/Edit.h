@@ -100,6 +100,9 @@ public:
 
   bool isDirty() const noexcept { return dirty_; }
   void setDirty(bool dirty) noexcept { dirty_ = dirty; }
+  // Counts the modifications told so far: anything computed from the edit
+  // (a rendered still) is current while the revision is unchanged.
+  uint64_t revision() const noexcept { return revision_; }
 
   // Tells everyone showing the edit. `now` false keeps them until the next
   // flushModifications (a batch of changes told once).
@@ -142,6 +145,7 @@ private:
   std::vector<Snapshot> redo_;
   bool dirty_ = false;
   bool closed_ = false;
+  uint64_t revision_ = 0;
 };
 
 // A counted reference to an edit.
