@@ -149,7 +149,8 @@ public:
     if (!doc_.is_object()) refuse("", "an edit is a JSON object");
     Cookie cookie = Cookie::generate(Cookie::editKind);
     if (doc_.contains("cookie")) cookie = readCookie(doc_["cookie"], "/cookie");
-    Ux::Ptr<Edit> edit(new Edit(cookie, toWide(text(doc_, "", "name", true))));
+    const std::string name = text(doc_, "", "name", false);
+    Ux::Ptr<Edit> edit(new Edit(cookie, toWide(name.empty() ? std::string("Untitled") : name)));
     edit->setFolder(folder_);
     if (doc_.contains("frameRate")) {
       const double fps = number(doc_["frameRate"], "/frameRate");

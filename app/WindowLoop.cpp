@@ -1,0 +1,161 @@
+#include "app/WindowLoop.h"
+
+#include <SDL.h>
+#include <cstdlib>
+
+#include "host/ui/GlobManager.h"
+#include "host/ui/HostClock.h"
+
+namespace fxgraph {
+namespace {
+
+// SDL counts y down from the top; the host's pixels count up from the bottom.
+XY<int> toScreen(int x, int y) {
+  return {x, GlobManager::screenSize().y - 1 - y};
+}
+
+unsigned modifiersOf(Uint16 mod) {
+  unsigned bits = 0;
+  if (mod & KMOD_CTRL) bits |= Event::controlHeld;
+  if (mod & KMOD_SHIFT) bits |= Event::shiftHeld;
+  return bits;
+}
+
+Event::Button buttonOf(Uint8 b) {
+  switch (b) {
+  case SDL_BUTTON_LEFT:
+    return Event::left;
+  case SDL_BUTTON_RIGHT:
+    return Event::right;
+  case SDL_BUTTON_MIDDLE:
+    return Event::middle;
+  default:
+    return Event::noButton;
+  }
+}
+
+// Turns one SDL event into host events; false when the window is to close.
+bool translate(const SDL_Event& e) {
+  Event h;
+  h.time = msecsNow();
+  switch (e.type) {
+  case SDL_QUIT:
+    return false;
+  case SDL_MOUSEBUTTONDOWN:
+  case SDL_MOUSEBUTTONUP:
+    h.type = e.type == SDL_MOUSEBUTTONDOWN ? Event::mouseDown : Event::mouseUp;
+    h.button = buttonOf(e.button.button);
+    h.screen = toScreen(e.button.x, e.button.y);
+    GlobManager::setKeyboardModifiers(modifiersOf(SDL_GetModState()));
+    GlobManager::dispatch(h);
+    break;
+  case SDL_MOUSEMOTION:
+    h.type = Event::mouseMove;
+    h.screen = toScreen(e.motion.x, e.motion.y);
+    GlobManager::setKeyboardModifiers(modifiersOf(SDL_GetModState()));
+    GlobManager::dispatch(h);
+    break;
+  case SDL_MOUSEWHEEL: {
+    int x = 0, y = 0;
+    SDL_GetMouseState(&x, &y);
+    h.type = Event::wheel;
+    h.screen = toScreen(x, y);
+    h.wheelSteps = e.wheel.direction == SDL_MOUSEWHEEL_FLIPPED ? -e.wheel.y : e.wheel.y;
+    GlobManager::dispatch(h);
+    break;
+  }
+  case SDL_KEYDOWN:
+  case SDL_KEYUP:
+    h.type = e.type == SDL_KEYDOWN ? Event::keyDown : Event::keyUp;
+    h.key = static_cast<int>(e.key.keysym.sym);
+    GlobManager::setKeyboardModifiers(modifiersOf(e.key.keysym.mod));
+    h.modifiers = modifiersOf(e.key.keysym.mod);
+    GlobManager::dispatch(h);
+    break;
+  case SDL_WINDOWEVENT:
+    if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) GlobManager::resizeScreen(e.window.data1, e.window.data2);
+    else if (e.window.event == SDL_WINDOWEVENT_EXPOSED) GlobManager::invalidate();
+    break;
+  default:
+    break;
+  }
+  return true;
+}
+
+class Window {
+public:
+  bool open(std::string& why) {
+    if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0) {
+      why = SDL_GetError();
+      return false;
+    }
+    const XY<int> size = GlobManager::screenSize();
+    window_ = SDL_CreateWindow("fxgraph", SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED, size.x, size.y,
+                               SDL_WINDOW_RESIZABLE);
+    if (window_) renderer_ = SDL_CreateRenderer(window_, -1, 0);
+    if (!window_ || !renderer_) {
+      why = SDL_GetError();
+      return false;
+    }
+    return true;
+  }
+  ~Window() {
+    if (texture_) SDL_DestroyTexture(texture_);
+    if (renderer_) SDL_DestroyRenderer(renderer_);
+    if (window_) SDL_DestroyWindow(window_);
+    SDL_Quit();
+  }
+  // Copies the screen surface into the window.
+  void present() {
+    Ux::Ptr<UxImage> picture = GlobManager::surface().snapshot();
+    if (!texture_ || textureSize_.x != picture->width() || textureSize_.y != picture->height()) {
+      if (texture_) SDL_DestroyTexture(texture_);
+      texture_ = SDL_CreateTexture(renderer_, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING, picture->width(),
+                                   picture->height());
+      textureSize_ = {picture->width(), picture->height()};
+    }
+    SDL_UpdateTexture(texture_, nullptr, picture->data(), picture->stride());
+    SDL_RenderClear(renderer_);
+    SDL_RenderCopy(renderer_, texture_, nullptr, nullptr);
+    SDL_RenderPresent(renderer_);
+  }
+
+private:
+  SDL_Window* window_ = nullptr;
+  SDL_Renderer* renderer_ = nullptr;
+  SDL_Texture* texture_ = nullptr;
+  XY<int> textureSize_;
+};
+
+} // namespace
+
+bool runWindowLoop(std::string& why) {
+  if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
+    why = "no display";
+    return false;
+  }
+  Window window;
+  if (!window.open(why)) return false;
+  GlobManager::drawAll();
+  uint64_t nextTick = msecsNow() + GlobManager::tickMilliseconds;
+  for (bool running = true; running && !GlobManager::roots().empty();) {
+    SDL_Event e;
+    // Wait for input, but no longer than the next timer tick when one is wanted.
+    const int wait = GlobManager::wantsTicks()
+                         ? static_cast<int>(nextTick > msecsNow() ? nextTick - msecsNow() : 0)
+                         : 100;
+    if (SDL_WaitEventTimeout(&e, wait)) {
+      do running = translate(e) && running;
+      while (SDL_PollEvent(&e));
+    }
+    if (GlobManager::wantsTicks() && msecsNow() >= nextTick) {
+      GlobManager::tick();
+      nextTick = msecsNow() + GlobManager::tickMilliseconds;
+    }
+    GlobManager::update();
+    if (!GlobManager::surface().takeModifiedAreas().empty()) window.present();
+  }
+  return true;
+}
+
+} // namespace fxgraph

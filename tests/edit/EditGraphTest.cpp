@@ -1,0 +1,235 @@
+#include <gtest/gtest.h>
+
+#include "host/edit/EditFile.h"
+#include "host/edit/EditGraphIterator.h"
+#include "host/edit/FXEditor.h"
+#include "host/edit/GraphNodeKinds.h"
+#include "host/edit/Vob.h"
+#include "tests/support/Bytes.h"
+
+namespace {
+
+// A small graph built in code: V1 shows mix(a, b) for [0, 10) and b alone
+// after; `loop` and `tail` feed each other (a cycle no cel uses).
+class SmallEdit : public ::testing::Test {
+protected:
+  void SetUp() override {
+    edit = EditPtr(new Edit(Cookie::generate(Cookie::editKind), L"Small"));
+    a = material(IdStamp(3, 0, 1));
+    b = material(IdStamp(3, 0, 2));
+    mix = effect(IdStamp(2, 0, 1), "mix", {a->getId(), b->getId()});
+    loop = effect(IdStamp(2, 0, 8), "", {IdStamp(2, 0, 9)});
+    tail = effect(IdStamp(2, 0, 9), "", {IdStamp(2, 0, 8)});
+    EditChannel v1;
+    v1.id = IdStamp(1, 0, 1);
+    v1.name = L"V1";
+    v1.cels = {{0, 10, Cel::Kind::graph, mix->getId()}, {10, 20, Cel::Kind::material, b->getId()}};
+    edit->addChannel(v1);
+  }
+  void TearDown() override { edit->close(); }
+
+  Ux::Ptr<MaterialUsageNode> material(const IdStamp& id) {
+    Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(id, L"clip", MaterialUsageNode::Media::testCard, "bars"));
+    edit->addNode(m);
+    return m;
+  }
+  Ux::Ptr<EffectInstance> effect(const IdStamp& id, const char* tag, std::vector<IdStamp> inputs) {
+    Ux::Ptr<EffectInstance> e(new EffectInstance(id, L"fx", tag));
+    e->setNumInputs(static_cast<unsigned>(inputs.size()));
+    for (unsigned i = 0; i < inputs.size(); ++i) e->setInputTrackId(i, inputs[i], false);
+    edit->addNode(e);
+    return e;
+  }
+
+  EditPtr edit;
+  Ux::Ptr<MaterialUsageNode> a, b;
+  Ux::Ptr<EffectInstance> mix, loop, tail;
+};
+
+TEST_F(SmallEdit, IteratorWalksInputsAndKeepsItsPath) {
+  EditGraphIterator it(edit, 5, EditGraphIterator::startAtFirstRoot);
+  ASSERT_TRUE(it.isValid());
+  EXPECT_EQ(it.getNode()->getId(), mix->getId());
+  EXPECT_EQ(it.getChanId(-1), IdStamp(1, 0, 1));
+  ASSERT_TRUE(it.moveToInput(1));
+  EXPECT_EQ(it.getNode()->getId(), b->getId());
+  EXPECT_EQ(it.getDepth(), 1);
+  EXPECT_EQ(it.getParentInputNum(), 1);
+  EXPECT_EQ(it.getNode(0)->getId(), mix->getId());
+  EXPECT_FALSE(it.moveToInput(0)) << "a material has no inputs";
+  EXPECT_TRUE(it.moveBack());
+  EXPECT_FALSE(it.moveBack()) << "no parent above the root";
+  EXPECT_FALSE(it.moveToInput(2));
+
+  // After 10 the channel shows a material: it is no graph root.
+  std::vector<IdStamp> roots;
+  findAllRootNodeChans(edit, roots, 12, true);
+  EXPECT_TRUE(roots.empty());
+}
+
+TEST_F(SmallEdit, StateTextRoundTripsAndRebuildsThePosition) {
+  EditGraphIterator it(edit, 2.5, b->getId(), EditGraphIterator::positionAtNode);
+  ASSERT_TRUE(it.isValid());
+  EXPECT_EQ(it.getDepth(), 1) << "placed on the path from the root";
+  const LightweightString<char> text = it.getState().asString();
+  const EditGraphIteratorState parsed(text);
+  ASSERT_TRUE(parsed.valid());
+  EXPECT_EQ(parsed.asString(), text);
+  EditGraphIterator again(parsed);
+  ASSERT_TRUE(again.isValid());
+  EXPECT_EQ(again.getNode()->getId(), b->getId());
+  EXPECT_EQ(again.getTime(), 2.5);
+
+  for (const char* bad : {"", "fxgs1:", "fxgs1:zz:0:1.0.1:2.0.1:-", "fxgs1:" /* cookie later */})
+    EXPECT_FALSE(EditGraphIteratorState(bad).valid()) << bad;
+  std::string noPath = text.str();
+  noPath.resize(noPath.rfind(':'));
+  EXPECT_FALSE(EditGraphIteratorState(LightweightString<char>(noPath + ":1,,2")).valid());
+}
+
+TEST_F(SmallEdit, CyclesAreWalkableAndFoundAsOrphans) {
+  EditGraphIterator it(edit, 0, loop->getId(), EditGraphIterator::positionAtNode);
+  ASSERT_TRUE(it.isValid());
+  EXPECT_EQ(it.getDepth(), 0) << "no root reaches it: it is its own root";
+  Vector<IdStamp> all;
+  it.findAllComponents(all);
+  EXPECT_EQ(all.size(), 2u);
+
+  std::vector<IdStamp> roots;
+  FXEditor::findOrphanedComponents(edit, roots, 0);
+  ASSERT_EQ(roots.size(), 1u) << "a piece that is all cycle has one head";
+  EXPECT_EQ(roots[0], loop->getId());
+}
+
+TEST_F(SmallEdit, EditorRefusesCyclesSelfFeedingAndWrongSlots) {
+  FXEditor editor(edit);
+  EditGraphIterator atMix(edit, 0, mix->getId(), 9), atA(edit, 0, a->getId(), 9), atLoop(edit, 0, loop->getId(), 9);
+  EXPECT_FALSE(editor.canConnectNodes(atMix, 0, atMix)) << "a node may not feed itself";
+  EXPECT_FALSE(editor.canConnectNodes(atA, 0, atMix)) << "a material has no inputs";
+  EXPECT_FALSE(editor.canConnectNodes(atMix, 2, atLoop)) << "no third input";
+  EXPECT_TRUE(editor.canConnectNodes(atMix, 0, atLoop));
+  ASSERT_TRUE(editor.connectNodes(atMix, 0, atLoop, true));
+  EXPECT_EQ(mix->getInputTrackId(0), loop->getId());
+  // Now the mix depends on the loop: the loop may not take the mix.
+  EXPECT_FALSE(editor.canConnectNodes(EditGraphIterator(edit, 0, tail->getId(), 9), 0, atMix));
+
+  mix->setConnectionEditable(false);
+  EXPECT_FALSE(editor.canConnectNodes(atMix, 1, atA)) << "locked connections";
+  mix->setConnectionEditable(true);
+  Ux::Ptr<MaterialUsageNode> sound(
+      new MaterialUsageNode(IdStamp(5, 0, 1), L"tone", MaterialUsageNode::Media::tone, "440", TrackType::audio));
+  edit->addNode(sound);
+  EXPECT_FALSE(editor.canConnectNodes(atMix, 1, EditGraphIterator(edit, 0, sound->getId(), 9))) << "audio into video";
+
+  ASSERT_TRUE(editor.disconnectNodes(atMix, 1, true));
+  EXPECT_FALSE(mix->getInputTrackId(1).valid());
+}
+
+TEST_F(SmallEdit, DestroyingAHeadLeavesItsFirstInputInPlace) {
+  FXEditor editor(edit);
+  ASSERT_TRUE(editor.destroyNode(EditGraphIterator(edit, 0, mix->getId(), 9), true));
+  EXPECT_FALSE(edit->openNode(mix->getId()));
+  const Cel* cel = edit->getChan(0).celAt(1);
+  ASSERT_NE(cel, nullptr);
+  EXPECT_EQ(cel->kind, Cel::Kind::graph);
+  EXPECT_EQ(cel->ref, a->getId());
+}
+
+// A client of a vob, counting what it hears.
+struct Listener : VobClient {
+  explicit Listener(Vob* v) : VobClient(v, 1) {}
+  void handleModifications(const EditModifications& mods, const VobModification& vm) override {
+    heard += mods.includes(EditModification::structure);
+    timeChanges += (vm.flags & VobModification::timeChanged) != 0;
+  }
+  int heard = 0;
+  int timeChanges = 0;
+};
+
+TEST_F(SmallEdit, UndoRestoresWholeEditsAndEveryVobHears) {
+  Vob vob(edit), other(edit);
+  Listener one(&vob), two(&other);
+  FXEditor editor(edit);
+  {
+    EasyBackup step(&vob);
+    editor.disconnectNodes(EditGraphIterator(edit, 0, mix->getId(), 9), 0, true);
+  }
+  edit->addModification({EditModification(EditModification::structure)}, true);
+  EXPECT_EQ(one.heard, 1);
+  EXPECT_EQ(two.heard, 1);
+  ASSERT_TRUE(vob.canUndo());
+  ASSERT_TRUE(vob.undo());
+  // Undo brings back copies of the nodes as they were.
+  EXPECT_EQ(edit->openObject<EffectInstance>(mix->getId())->getInputTrackId(0), a->getId());
+  EXPECT_EQ(one.heard, 2);
+  ASSERT_TRUE(vob.redo());
+  EXPECT_FALSE(edit->openObject<EffectInstance>(mix->getId())->getInputTrackId(0).valid());
+  EXPECT_FALSE(vob.canRedo());
+
+  vob.setCurrentTime(3);
+  EXPECT_EQ(one.timeChanges, 1);
+  EXPECT_EQ(two.timeChanges, 0) << "time belongs to the vob, not the edit";
+}
+
+TEST(EditFileTest, SavedEditLoadsBackTheSame) {
+  auto loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
+  ASSERT_TRUE(loaded.edit) << loaded.error;
+  const std::string first = EditFile::toJson(*loaded.edit);
+  const std::string path = ::testing::TempDir() + "promo-copy.json";
+  std::string error;
+  ASSERT_TRUE(EditFile::save(loaded.edit, path, error)) << error;
+  loaded.edit->close();
+  auto again = EditFile::load(path);
+  ASSERT_TRUE(again.edit) << again.error;
+  EXPECT_TRUE(again.warnings.empty()) << "the sidecar was saved with the edit";
+  EXPECT_EQ(EditFile::toJson(*again.edit), first);
+  again.edit->close();
+}
+
+TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
+  struct Case {
+    const char* text;
+    const char* where;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {"{\n\"name\": \"x\",\n\"channels\": [\n}", ":4:", "syntax error"},
+      {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}", ":3:",
+       "used twice"},
+      {"{\"nodes\": [\n {\"id\": \"2.0.1\",\n  \"kind\": \"sprocket\"}]}", ":3:", "unknown kind"},
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\",\n \"inputs\": [\"9.9.9\"]}]}", ":2:", "no node or channel"},
+      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 5, \"end\": 1, \"black\": true}]}]}", ":2:",
+       "end after"},
+      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 0, \"end\": 1, \"graph\": \"2.0.7\"}]}]}", ":2:",
+       "no node"},
+      {"{\"frameRate\":\n -3}", ":2:", "frame rate"},
+  };
+  for (const Case& c : cases) {
+    auto r = EditFile::parse(c.text, "bad.json", ".");
+    EXPECT_FALSE(r.edit) << c.text;
+    EXPECT_NE(r.error.find(std::string("bad.json") + c.where), std::string::npos) << r.error;
+    EXPECT_NE(r.error.find(c.reason), std::string::npos) << r.error;
+  }
+}
+
+TEST(EditFileTest, DamagedSidecarLoadsTheEditWithoutItsObjects) {
+  const std::string path = ::testing::TempDir() + "damaged.json";
+  auto loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
+  ASSERT_TRUE(loaded.edit);
+  std::string error;
+  ASSERT_TRUE(EditFile::save(loaded.edit, path, error)) << error;
+  loaded.edit->close();
+  {
+    std::FILE* f = std::fopen(EditFile::sidecarPath(path).c_str(), "wb");
+    std::fputs("FXOB garbage", f);
+    std::fclose(f);
+  }
+  auto again = EditFile::load(path);
+  ASSERT_TRUE(again.edit) << again.error;
+  ASSERT_EQ(again.warnings.size(), 1u);
+  EXPECT_NE(again.warnings[0].find("damaged"), std::string::npos);
+  EXPECT_TRUE(again.edit->boundObjects().empty());
+  again.edit->close();
+}
+
+} // namespace
