@@ -242,7 +242,9 @@ private:
     if (kind == "material") {
       if (!n.contains("media") || !n["media"].is_object() || n["media"].size() != 1)
         refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
-      const auto& [mediaKind, value] = *n["media"].items().begin();
+      const json& media = n["media"];
+      const std::string mediaKind = media.begin().key();
+      const json& value = media.begin().value();
       MaterialUsageNode::Media media;
       std::string source;
       if (mediaKind == "testcard" && value.is_string()) {

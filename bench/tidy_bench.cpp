@@ -1,0 +1,72 @@
+// Time of one automatic tidy of a single generated tree, by tree size, so
+// that its growth with the node count can be read off (counters: µs per tidy,
+// µs per node, tree levels; the complexity fit over the sizes).
+#include <chrono>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "app/EditGenerator.h"
+#include "host/edit/EditGraphIterator.h"
+#include "layout/FXGraphTidier.h"
+#include "node_ui/NodeUIPosSource.h"
+
+namespace {
+
+// Position records by node id with constant-time look-up, so that the figures
+// are the tidier's own (the view's look-up is not part of what is measured).
+class BenchPosSource : public NodeUIPosSource {
+public:
+  NodeUIPosRec* getPosRecForNode(const IdStamp& node) override {
+    Ux::Ptr<NodeUIPosRec>& rec = records_[node];
+    if (!rec) rec = new NodeUIPosRec(nullptr, node, Cookie());
+    return rec.get();
+  }
+  VidRouting::Orientations::Orientation getOrientation() const override {
+    return VidRouting::Orientations::LeftToRight;
+  }
+
+private:
+  std::unordered_map<IdStamp, Ux::Ptr<NodeUIPosRec>> records_;
+};
+
+constexpr double gap = 0.1875; // the view's spacing, graph units
+
+void BM_TidyTree(benchmark::State& state) {
+  const auto nodes = static_cast<unsigned>(state.range(0));
+  EditPtr edit = fxgraph::generateEdit(nodes, 7, nodes);
+  std::vector<IdStamp> roots;
+  findAllRootNodeChans(edit, roots, 0, true);
+  BenchPosSource source;
+  // The tidier holds its fixed local tree inline; keep it off the stack.
+  auto tidier = std::make_unique<FXGraphTidier>(source, gap, gap);
+  EditGraphIterator warm(edit, 0, roots.at(0), 0);
+  tidier->tidyTreeStruct(warm, 0, 0); // makes every record once
+
+  double seconds = 0; // wall time of the tidies alone
+  for (auto _ : state) {
+    EditGraphIterator it(edit, 0, roots.at(0), 0);
+    const auto start = std::chrono::steady_clock::now();
+    benchmark::DoNotOptimize(tidier->tidyTreeStruct(it, 0, 0));
+    seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  }
+  const double microsPerTidy = seconds * 1e6 / static_cast<double>(state.iterations());
+  state.counters["us_per_tidy"] = microsPerTidy;
+  state.counters["us_per_node"] = microsPerTidy / nodes;
+  // Each level whose first clash spreads the level above re-places every node
+  // below it, so the work goes with nodes times levels.
+  GraphExaminer examiner(source);
+  EditGraphIterator it(edit, 0, roots.at(0), 0);
+  examiner.examine(it);
+  state.counters["levels"] = static_cast<double>(examiner.levels().size());
+  state.SetComplexityN(state.range(0));
+  edit->close();
+}
+
+} // namespace
+
+BENCHMARK(BM_TidyTree)->Arg(50)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond)->Complexity();
+
+BENCHMARK_MAIN();

@@ -1,0 +1,309 @@
+#include "layout/FXGraphTidier.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <numbers>
+#include <vector>
+
+#include "host/edit/Edit.h"
+#include "host/edit/EffectInstance.h"
+#include "host/edit/GraphNodeKinds.h"
+
+namespace {
+
+// Neighbours exactly one spacing apart must not count as overlapping despite
+// rounding in the sums of offsets (graph units).
+constexpr double overlapTolerance = 0.0001;
+
+// The number of different nodes or channels feeding an effect; 0 for a node
+// that is not an effect. Unsigned 64-bit on purpose: the sibling spread below
+// subtracts one before converting, and for 0 that wraps to 2^64 - 1, which
+// pushes the children of a non-effect parent far out along the breadth axis.
+// That wrap is long-standing layout behaviour and is kept on purpose.
+uint64_t distinctInputTracks(const FXGraphNodeBase& node) {
+  const auto* effect = dynamic_cast<const EffectInstance_opu4h5a4j*>(&node);
+  if (!effect) return 0;
+  std::vector<IdStamp> seen;
+  for (unsigned i = 0; i < effect->getNumInputs(); ++i) {
+    const IdStamp track = effect->getInputTrackId(i);
+    if (track.valid() && std::find(seen.begin(), seen.end(), track) == seen.end()) seen.push_back(track);
+  }
+  return seen.size();
+}
+
+// The subtype of the channel through which the iterator reached its node, or -1.
+int channelSubtype(const EditGraphIterator& iterator) {
+  const int channel = iterator.getChanIndex(-1);
+  const EditPtr& edit = iterator.getEdit();
+  return edit && channel >= 0 ? edit->getChan(channel).subtype : -1;
+}
+
+// Materials of this host kind on channels of this subtype stay out of the
+// local tree.
+bool isLeftOutOfLocalTree(const FXGraphNodeBase& node, const EditGraphIterator& iterator) {
+  const auto* material = dynamic_cast<const MaterialUsageNode*>(&node);
+  if (!material) return false;
+  const MaterialUsageNode::Kind kind = material->getMaterialKind();
+  return kind.first == 1 && kind.second == 647 && channelSubtype(iterator) == 4;
+}
+
+double toRadians(double degrees) { return degrees * std::numbers::pi / 180.0; }
+
+} // namespace
+
+FXGraphTidier::FXGraphTidier(NodeUIPosSource& source, double depthSpacing, double breadthSpacing)
+    : depthSpacing_(depthSpacing), breadthSpacing_(breadthSpacing), source_(source) {}
+
+bool FXGraphTidier::tidyTreeStruct(EditGraphIterator& iterator, double x, double y) {
+  minX_ = maxX_ = x;
+  minY_ = maxY_ = y;
+  const Ux::Ptr<FXGraphNodeBase> root = iterator.getNode();
+  if (!root || !source_.getPosRecForNode(root->getId())) return false;
+
+  GraphExaminer examiner(source_);
+  examiner.examine(iterator);
+  const auto& levels = examiner.levels();
+  const double spacing = breadthSpacing_;
+
+  // Each node relative to its parent: one depth spacing further out, siblings
+  // one spacing apart with the first input at the positive end, the set
+  // centred on the parent.
+  std::map<IdStamp, GraphExaminer::RelPos> relPos;
+  for (const auto& level : levels) {
+    for (const GraphExaminer::NodeInfo& info : level) {
+      if (!info.parent) {
+        relPos[info.node->getId()] = {nullptr, x, y};
+        continue;
+      }
+      const GraphExaminer::NodeInfo* parentInfo = examiner.find(info.parent->getId());
+      const uint64_t siblings = distinctInputTracks(*info.parent);
+      const double breadth = static_cast<double>(siblings - 1) * spacing * 0.5 - info.inputIndex * spacing;
+      relPos[info.node->getId()] = {parentInfo ? parentInfo->record : nullptr, depthSpacing_, breadth};
+    }
+  }
+  const VidRouting::Orientations::Orientation orientation = source_.getOrientation();
+  storeAbsNodePositions(examiner, relPos, orientation);
+
+  // Cousins can land on each other. Per level, the first pair too close
+  // spreads the parents' level by half a spacing each way about the first
+  // pair member's parent; the two levels nearest the root are left alone.
+  for (std::size_t k = 2; k < levels.size(); ++k) {
+    const auto& level = levels[k];
+    for (std::size_t j = 0; j + 1 < level.size(); ++j) {
+      if (!overlap(level[j].record, level[j + 1].record)) continue;
+      if (level[j].parent->getId() != level[j + 1].parent->getId()) {
+        bool pastParent = false;
+        for (const GraphExaminer::NodeInfo& upper : levels[k - 1]) {
+          const auto rel = relPos.find(upper.node->getId());
+          if (rel != relPos.end()) rel->second.breadthOffset += pastParent ? -0.5 * spacing : 0.5 * spacing;
+          if (upper.node->getId() == level[j].parent->getId()) pastParent = true;
+        }
+        storeAbsNodePositions(examiner, relPos, orientation);
+      }
+      break;
+    }
+  }
+
+  for (const auto& [id, info] : examiner.records()) {
+    if (!info.record) continue;
+    const XY<double> p = info.record->getDrawPosition();
+    if (p.x < minX_)
+      minX_ = p.x;
+    else if (p.x > maxX_)
+      maxX_ = p.x;
+    if (p.y < minY_)
+      minY_ = p.y;
+    else if (p.y > maxY_)
+      maxY_ = p.y;
+  }
+  return true;
+}
+
+bool FXGraphTidier::overlap(NodeUIPosRec* a, NodeUIPosRec* b) const {
+  if (!a || !b) return false;
+  const XY<double> pa = a->getDrawPosition();
+  const XY<double> pb = b->getDrawPosition();
+  if (source_.getOrientation() == VidRouting::Orientations::LeftToRight)
+    return std::fabs(pa.y - pb.y) < breadthSpacing_ - overlapTolerance;
+  return std::fabs(pa.x - pb.x) < depthSpacing_ - overlapTolerance;
+}
+
+void storeAbsNodePositions(const GraphExaminer& examiner, const std::map<IdStamp, GraphExaminer::RelPos>& relPos,
+                           VidRouting::Orientations::Orientation orientation) {
+  for (const auto& level : examiner.levels()) {
+    for (const GraphExaminer::NodeInfo& info : level) {
+      const auto found = relPos.find(info.node->getId());
+      if (found == relPos.end() || !info.record) continue;
+      const GraphExaminer::RelPos& rel = found->second;
+      double x = rel.depthOffset;
+      double y = rel.breadthOffset;
+      if (rel.parentRecord) {
+        // Depth always runs towards smaller coordinates; breadth keeps y up
+        // in left-to-right and runs leftwards in bottom-to-top.
+        const XY<double> parent = rel.parentRecord->getDrawPosition();
+        if (orientation == VidRouting::Orientations::LeftToRight) {
+          x = parent.x - rel.depthOffset;
+          y = parent.y + rel.breadthOffset;
+        } else {
+          x = parent.x - rel.breadthOffset;
+          y = parent.y - rel.depthOffset;
+        }
+      }
+      info.record->setDrawPosition(x, y, false);
+    }
+  }
+}
+
+XY<double> rotatePointAboutOrigin(const XY<double>& p, double degrees) {
+  if (p.x == 0 && p.y == 0) return p;
+  double angle = 0; // polar angle of p, degrees
+  if (p.x == 0) {
+    angle = p.y > 0 ? 90 : 270;
+  } else if (p.y == 0) {
+    angle = p.x > 0 ? 0 : 180;
+  } else {
+    const double u = std::atan(std::fabs(p.y / p.x)) * 180.0 / std::numbers::pi;
+    if (p.x > 0)
+      angle = p.y > 0 ? u : 360 - u;
+    else
+      angle = p.y > 0 ? 180 - u : u + 180;
+  }
+  const double r = std::sqrt(p.x * p.x + p.y * p.y);
+  return {r * std::cos(toRadians(angle + degrees)), r * std::sin(toRadians(angle + degrees))};
+}
+
+// Local tree ------------------------------------------------------------------
+
+int FXGraphTidier::findLocalRec(const NodeUIPosRec* record) const {
+  for (int i = 0; i < localCount_; ++i)
+    if (localTree_[static_cast<std::size_t>(i)].record == record) return i;
+  return -1;
+}
+
+void FXGraphTidier::unlinkFromParent(int index) {
+  const int parent = localTree_[static_cast<std::size_t>(index)].parent;
+  if (parent < 0) return;
+  LocalTreeRec& from = localTree_[static_cast<std::size_t>(parent)];
+  for (int k = 0; k < from.childCount; ++k) {
+    if (from.children[k] != index) continue;
+    std::copy(from.children + k + 1, from.children + from.childCount, from.children + k);
+    --from.childCount;
+    return;
+  }
+}
+
+int FXGraphTidier::parseEditIntoLocalTree(EditGraphIterator& iterator, NodeUIPosRec* record, int parent) {
+  const Ux::Ptr<FXGraphNodeBase> node = iterator.getNode();
+  if (!node || !record) return -1;
+  if (isLeftOutOfLocalTree(*node, iterator)) return -1;
+  const int depth = iterator.getDepth();
+  for (int d = depth - 1; d >= 0; --d) {
+    const Ux::Ptr<FXGraphNodeBase> above = iterator.getNode(d);
+    if (above && above->getId() == node->getId()) return -1; // a cycle
+  }
+
+  // Met again further from the root: move the branch under the new parent.
+  if (const int known = findLocalRec(record); known >= 0) {
+    LocalTreeRec& rec = localTree_[static_cast<std::size_t>(known)];
+    if (rec.depthLevel >= depth) return -1;
+    unlinkFromParent(known);
+    rec.parent = parent;
+    offsetDepth(known, depth - rec.depthLevel);
+    return known;
+  }
+
+  if (localCount_ >= maxLocalRecords) return -1;
+  const int index = localCount_++;
+  LocalTreeRec& rec = localTree_[static_cast<std::size_t>(index)];
+  rec = LocalTreeRec{};
+  rec.record = record;
+  rec.parent = parent;
+  rec.depthLevel = depth;
+  for (int i = static_cast<int>(node->getNumInputs()) - 1; i >= 0; --i) {
+    if (rec.childCount >= maxLocalChildren) break; // full: later inputs are left out
+    if (!iterator.moveToInput(i)) continue;
+    const Ux::Ptr<FXGraphNodeBase> input = iterator.getNode();
+    NodeUIPosRec* inputRecord = source_.getPosRecForNode(input->getId());
+    if (inputRecord && inputRecord->getExtraValue() == record->getExtraValue()) {
+      const int child = parseEditIntoLocalTree(iterator, inputRecord, index);
+      if (child >= 0) rec.children[rec.childCount++] = child;
+    }
+    iterator.moveBack();
+  }
+  return index;
+}
+
+void FXGraphTidier::tidyTreeRecursive(int index, double depth) {
+  LocalTreeRec& rec = localTree_[static_cast<std::size_t>(index)];
+  rec.depthPos = depth;
+  if (rec.childCount == 0) {
+    rec.breadthPos = 0;
+    return;
+  }
+  for (int k = 0; k < rec.childCount; ++k) tidyTreeRecursive(rec.children[k], depth - depthSpacing_);
+  const auto breadthOf = [this](int i) { return localTree_[static_cast<std::size_t>(i)].breadthPos; };
+  if (rec.childCount == 1) {
+    // A lone child sits half a spacing off its parent, away from its side.
+    const double mean = breadthOf(rec.children[0]);
+    rec.breadthPos = mean + 0.5 * (mean < 0 ? breadthSpacing_ : -breadthSpacing_);
+    return;
+  }
+  for (int k = 1; k < rec.childCount; ++k) {
+    double shift = 0;
+    for (int j = 0; j < k; ++j) shift = std::max(shift, getShiftAmmount(rec.children[j], rec.children[k]));
+    shiftBranch(rec.children[k], shift + breadthSpacing_);
+  }
+  rec.breadthPos = (breadthOf(rec.children[0]) + breadthOf(rec.children[rec.childCount - 1])) / 2;
+}
+
+double FXGraphTidier::getShiftAmmount(int a, int b) const {
+  const LocalTreeRec& ra = localTree_[static_cast<std::size_t>(a)];
+  const LocalTreeRec& rb = localTree_[static_cast<std::size_t>(b)];
+  const double apart = ra.breadthPos - rb.breadthPos;
+  if (ra.childCount == 0 || rb.childCount == 0) return apart;
+  const auto breadthOf = [this](int i) { return localTree_[static_cast<std::size_t>(i)].breadthPos; };
+  double shift = std::max(apart, breadthOf(ra.children[ra.childCount - 1]) - breadthOf(rb.children[0]));
+  for (int i = 0; i < ra.childCount; ++i)
+    for (int j = 0; j < rb.childCount; ++j) shift = std::max(shift, getShiftAmmount(ra.children[i], rb.children[j]));
+  return shift;
+}
+
+void FXGraphTidier::shiftBranch(int index, double amount) {
+  LocalTreeRec& rec = localTree_[static_cast<std::size_t>(index)];
+  rec.breadthPos += amount;
+  for (int k = 0; k < rec.childCount; ++k) shiftBranch(rec.children[k], amount);
+}
+
+void FXGraphTidier::offsetDepth(int index, int levels) {
+  LocalTreeRec& rec = localTree_[static_cast<std::size_t>(index)];
+  rec.depthLevel += levels;
+  for (int k = 0; k < rec.childCount; ++k) offsetDepth(rec.children[k], levels);
+}
+
+void FXGraphTidier::findLocalTreeExtents() {
+  for (int i = 0; i < localCount_; ++i) {
+    const LocalTreeRec& rec = localTree_[static_cast<std::size_t>(i)];
+    if (i == 0) {
+      minX_ = maxX_ = rec.depthPos;
+      minY_ = maxY_ = rec.breadthPos;
+      continue;
+    }
+    minX_ = std::min(minX_, rec.depthPos);
+    maxX_ = std::max(maxX_, rec.depthPos);
+    minY_ = std::min(minY_, rec.breadthPos);
+    maxY_ = std::max(maxY_, rec.breadthPos);
+  }
+}
+
+void FXGraphTidier::updatePositionsInternal(int index, double dx, double dy) {
+  const LocalTreeRec& rec = localTree_[static_cast<std::size_t>(index)];
+  if (rec.record) rec.record->setDrawPosition(dx + rec.depthPos, dy + rec.breadthPos, false);
+  for (int k = 0; k < rec.childCount; ++k) updatePositionsInternal(rec.children[k], dx, dy);
+}
+
+void FXGraphTidier::updatePositionRecsFromLocalTree() {
+  findLocalTreeExtents();
+  // Written as laid out, so that the extents describe the written positions.
+  if (localCount_ > 0) updatePositionsInternal(0, 0, 0);
+}

@@ -1,0 +1,118 @@
+// Tidied layouts of large generated edits (one tree each), checked for the
+// properties that hold whatever the tree's shape.
+//
+// What is not checked: that no two nodes share a spot. The layout centres
+// each family on its parent without making room for the families beside it,
+// and per level it resolves only the first pair that is too close; so in
+// trees of hundreds of nodes most nodes share their spot with a cousin. What
+// it never does is put siblings on one spot (they differ in slot index and
+// their parent counts every distinct input) or nodes of different levels
+// (each level has its own depth coordinate). The far-out placement of inputs
+// of a parent that is no effect instance cannot occur here, as generated
+// parents are all effects; the extents therefore stay within a spacing per
+// node of the root.
+#include <cmath>
+#include <map>
+#include <set>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "app/EditGenerator.h"
+#include "layout/FXGraphTidier.h"
+#include "tests/support/FakePosSource.h"
+
+using testsupport::FakePosSource;
+using Orientations = VidRouting::Orientations;
+
+namespace {
+
+constexpr double gap = 0.1875; // the view's spacing, graph units
+
+struct GeneratedTree {
+  EditPtr edit;
+  IdStamp root;
+
+  GeneratedTree(unsigned nodes, uint64_t seed) : edit(fxgraph::generateEdit(nodes, seed, nodes)) {
+    std::vector<IdStamp> roots;
+    findAllRootNodeChans(edit, roots, 0, true);
+    root = roots.at(0);
+  }
+  ~GeneratedTree() { edit->close(); }
+  EditGraphIterator at() const { return EditGraphIterator(edit, 0, root, 0); }
+};
+
+} // namespace
+
+class GeneratedTrees : public ::testing::TestWithParam<std::pair<unsigned, uint64_t>> {};
+
+TEST_P(GeneratedTrees, LevelsSiblingsAndExtentsHold) {
+  const auto [nodes, seed] = GetParam();
+  GeneratedTree tree(nodes, seed);
+  FakePosSource source;
+  FXGraphTidier tidier(source, gap, gap);
+  EditGraphIterator it = tree.at();
+  const double rootX = 3, rootY = -2;
+  ASSERT_TRUE(tidier.tidyTreeStruct(it, rootX, rootY));
+
+  GraphExaminer examiner(source);
+  examiner.examine(it);
+  ASSERT_EQ(examiner.records().size(), nodes);
+  ASSERT_EQ(source.size(), nodes);
+
+  double minX = rootX, minY = rootY, maxX = rootX, maxY = rootY;
+  std::map<std::pair<double, double>, std::set<IdStamp>> parentsAt; // spot -> parents of the nodes there
+  for (const auto& [id, info] : examiner.records()) {
+    const XY<double> p = info.record->getDrawPosition();
+    EXPECT_NEAR(p.x, rootX - info.depth * gap, 1e-9) << id.asString().str();
+    minX = std::min(minX, p.x);
+    maxX = std::max(maxX, p.x);
+    minY = std::min(minY, p.y);
+    maxY = std::max(maxY, p.y);
+    if (!info.parent) continue;
+    const bool firstOfItsFamilyHere = parentsAt[{p.x, p.y}].insert(info.parent->getId()).second;
+    EXPECT_TRUE(firstOfItsFamilyHere) << "siblings share a spot at " << p.x << ", " << p.y;
+  }
+  EXPECT_EQ(tidier.getTreeExtents(), (Ux::Box<double>(minX, minY, maxX, maxY)));
+  EXPECT_LT(maxY - minY, nodes * gap);
+
+  // The layout does not depend on where the nodes were before.
+  std::map<IdStamp, XY<double>> first;
+  for (const auto& [id, rec] : source.records()) {
+    first[id] = rec->getDrawPosition();
+    rec->setDrawPosition(first[id].y, -first[id].x, false);
+  }
+  ASSERT_TRUE(tidier.tidyTreeStruct(it, rootX, rootY));
+  for (const auto& [id, rec] : source.records()) EXPECT_EQ(rec->getDrawPosition(), first[id]);
+}
+
+// With equal spacings, bottom-to-top is left-to-right turned a quarter turn
+// about the root: breadth y up becomes x leftwards, depth x leftwards becomes
+// y downwards, and every overlap decision comes out the same.
+TEST_P(GeneratedTrees, OrientationsMirrorEachOther) {
+  const auto [nodes, seed] = GetParam();
+  GeneratedTree tree(nodes, seed);
+  FakePosSource across(Orientations::LeftToRight);
+  FakePosSource upright(Orientations::BottomToTop);
+  FXGraphTidier acrossTidier(across, gap, gap);
+  FXGraphTidier uprightTidier(upright, gap, gap);
+  EditGraphIterator it = tree.at();
+  const double rootX = 1, rootY = 2;
+  ASSERT_TRUE(acrossTidier.tidyTreeStruct(it, rootX, rootY));
+  ASSERT_TRUE(uprightTidier.tidyTreeStruct(it, rootX, rootY));
+
+  ASSERT_EQ(across.size(), upright.size());
+  for (const auto& [id, rec] : across.records()) {
+    const XY<double> a = rec->getDrawPosition();
+    const XY<double> u = upright.pos(id);
+    EXPECT_DOUBLE_EQ(u.x, rootX - (a.y - rootY)) << id.asString().str();
+    EXPECT_DOUBLE_EQ(u.y, rootY - (rootX - a.x)) << id.asString().str();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, GeneratedTrees,
+                         ::testing::Values(std::make_pair(50u, uint64_t{1}), std::make_pair(500u, uint64_t{2}),
+                                           std::make_pair(5000u, uint64_t{3})),
+                         [](const auto& test) {
+                           return std::to_string(test.param.first) + "nodes_seed" + std::to_string(test.param.second);
+                         });

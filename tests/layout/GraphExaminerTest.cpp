@@ -1,0 +1,184 @@
+#include "layout/GraphExaminer.h"
+
+#include <map>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/layout/LayoutTestGraph.h"
+#include "tests/support/FakePosSource.h"
+
+using layouttest::node;
+using layouttest::TestGraph;
+using testsupport::FakePosSource;
+
+namespace {
+
+std::vector<std::vector<IdStamp>> levelIds(const GraphExaminer& examiner) {
+  std::vector<std::vector<IdStamp>> out;
+  for (const auto& level : examiner.levels()) {
+    out.emplace_back();
+    for (const auto& info : level) out.back().push_back(info.node->getId());
+  }
+  return out;
+}
+
+IdStamp parentOf(const GraphExaminer& examiner, uint32_t n) {
+  const GraphExaminer::NodeInfo* info = examiner.find(node(n));
+  return info && info->parent ? info->parent->getId() : IdStamp();
+}
+
+// Counts visits per node; refuses to go below `stopAt`.
+struct CountingVisitor {
+  std::map<IdStamp, int> visits;
+  IdStamp stopAt;
+  bool operator()(const EditGraphIterator& it) {
+    ++visits[it.getNode()->getId()];
+    return it.getNode()->getId() != stopAt;
+  }
+};
+
+} // namespace
+
+TEST(GraphExaminer, FilesATreeByLevelWithParentAndInput) {
+  TestGraph g;
+  g.material(3);
+  g.material(4);
+  g.material(5);
+  g.effect(2, {4, 0, 5});
+  g.effect(1, {2, 3});
+  FakePosSource source({node(1), node(5)}); // the others have no record
+  GraphExaminer examiner(source);
+  EditGraphIterator it = g.at(1);
+  examiner.examine(it);
+
+  EXPECT_EQ(levelIds(examiner), (std::vector<std::vector<IdStamp>>{{node(1)}, {node(2), node(3)}, {node(4), node(5)}}));
+  EXPECT_EQ(examiner.firstMet(), (std::vector<IdStamp>{node(1), node(2), node(4), node(5), node(3)}));
+
+  const GraphExaminer::NodeInfo* root = examiner.find(node(1));
+  ASSERT_NE(root, nullptr);
+  EXPECT_EQ(root->depth, 0);
+  EXPECT_EQ(root->parentDepth, -1);
+  EXPECT_FALSE(root->parent);
+  EXPECT_EQ(root->record, source.find(node(1)));
+
+  // Input 2 of node 2, past a free slot.
+  const GraphExaminer::NodeInfo* five = examiner.find(node(5));
+  ASSERT_NE(five, nullptr);
+  EXPECT_EQ(five->depth, 2);
+  EXPECT_EQ(five->parentDepth, 1);
+  EXPECT_EQ(parentOf(examiner, 5), node(2));
+  EXPECT_EQ(five->inputIndex, 2);
+  EXPECT_EQ(five->record, source.find(node(5)));
+  EXPECT_EQ(examiner.find(node(4))->record, nullptr);
+
+  // The walk leaves the iterator where it found it.
+  EXPECT_EQ(it.getDepth(), 0);
+  EXPECT_EQ(it.getNode()->getId(), node(1));
+}
+
+// Node 9 feeds node 2 (level 1) and node 4 (level 2, through its input 1);
+// whichever branch the walk takes first, 9 ends at level 3 under node 4.
+TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
+  for (bool shallowFirst : {true, false}) {
+    SCOPED_TRACE(shallowFirst ? "shallow branch first" : "deep branch first");
+    TestGraph g;
+    g.material(8);
+    g.material(9);
+    g.effect(4, {8, 9});
+    g.effect(3, {4});
+    g.effect(2, {9});
+    if (shallowFirst)
+      g.effect(1, {2, 3});
+    else
+      g.effect(1, {3, 2});
+    FakePosSource source;
+    GraphExaminer examiner(source);
+    EditGraphIterator it = g.at(1);
+    examiner.examine(it);
+
+    const GraphExaminer::NodeInfo* nine = examiner.find(node(9));
+    ASSERT_NE(nine, nullptr);
+    EXPECT_EQ(nine->depth, 3);
+    EXPECT_EQ(nine->parentDepth, 2);
+    EXPECT_EQ(parentOf(examiner, 9), node(4));
+    EXPECT_EQ(nine->inputIndex, 1);
+    ASSERT_EQ(examiner.levels().size(), 4u);
+    EXPECT_EQ(levelIds(examiner)[2], std::vector<IdStamp>{node(4)});
+    // Level 3 keeps the order of first meeting.
+    EXPECT_EQ(levelIds(examiner)[3],
+              shallowFirst ? (std::vector<IdStamp>{node(9), node(8)}) : (std::vector<IdStamp>{node(8), node(9)}));
+  }
+}
+
+TEST(GraphExaminer, CycleEndsTheWalkAtTheRepeatedNode) {
+  TestGraph g;
+  g.material(4);
+  g.effect(3, {2, 4}); // input 0 closes the loop 2 -> 3 -> 2
+  g.effect(2, {3});
+  g.effect(1, {2});
+  FakePosSource source;
+  GraphExaminer examiner(source);
+  EditGraphIterator it = g.at(1);
+  examiner.examine(it);
+
+  EXPECT_EQ(levelIds(examiner), (std::vector<std::vector<IdStamp>>{{node(1)}, {node(2)}, {node(3)}, {node(4)}}));
+  EXPECT_EQ(parentOf(examiner, 2), node(1));
+
+  CountingVisitor visitor;
+  applyToTree(it, visitor);
+  EXPECT_EQ(visitor.visits, (std::map<IdStamp, int>{{node(1), 1}, {node(2), 1}, {node(3), 1}, {node(4), 1}}));
+}
+
+TEST(ApplyToTree, VisitsOncePerPathAndNotBelowARefusal) {
+  TestGraph g; // a diamond: 4 (and 5 below it) reached through 2 and through 3
+  g.material(5);
+  g.effect(4, {5});
+  g.effect(3, {4});
+  g.effect(2, {4});
+  g.effect(1, {2, 3});
+  EditGraphIterator it = g.at(1);
+
+  CountingVisitor all;
+  applyToTree(it, all);
+  EXPECT_EQ(all.visits, (std::map<IdStamp, int>{{node(1), 1}, {node(2), 1}, {node(3), 1}, {node(4), 2}, {node(5), 2}}));
+
+  CountingVisitor refusing;
+  refusing.stopAt = node(2);
+  applyToTree(it, refusing);
+  EXPECT_EQ(refusing.visits,
+            (std::map<IdStamp, int>{{node(1), 1}, {node(2), 1}, {node(3), 1}, {node(4), 1}, {node(5), 1}}));
+  EXPECT_EQ(it.getDepth(), 0);
+}
+
+TEST(GraphExaminer, InvalidStartGivesAnEmptyExamination) {
+  TestGraph g;
+  g.material(1);
+  FakePosSource source;
+  GraphExaminer examiner(source);
+  for (EditGraphIterator it : {EditGraphIterator(), g.at(77)}) {
+    examiner.examine(it);
+    EXPECT_TRUE(examiner.records().empty());
+    EXPECT_TRUE(examiner.levels().empty());
+    EXPECT_TRUE(examiner.firstMet().empty());
+  }
+  EXPECT_EQ(source.size(), 0u);
+}
+
+// Started at node 2, reached from root 1: levels count from node 2, and node
+// 1 above it still closes a cycle.
+TEST(GraphExaminer, StartBelowTheRootCountsLevelsFromTheStart) {
+  TestGraph g;
+  g.material(3);
+  g.effect(2, {3, 1});
+  g.effect(1, {2});
+  EditGraphIterator it = g.at(1);
+  ASSERT_TRUE(it.moveToInput(0));
+  FakePosSource source;
+  GraphExaminer examiner(source);
+  examiner.examine(it);
+
+  EXPECT_EQ(levelIds(examiner), (std::vector<std::vector<IdStamp>>{{node(2)}, {node(3)}}));
+  EXPECT_FALSE(examiner.find(node(2))->parent);
+  EXPECT_EQ(it.getDepth(), 1);
+}
