@@ -242,9 +242,9 @@ private:
     if (kind == "material") {
       if (!n.contains("media") || !n["media"].is_object() || n["media"].size() != 1)
         refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
-      const json& media = n["media"];
-      const std::string mediaKind = media.begin().key();
-      const json& value = media.begin().value();
+      const json& mediaField = n["media"];
+      const std::string mediaKind = mediaField.begin().key();
+      const json& value = mediaField.begin().value();
       MaterialUsageNode::Media media;
       std::string source;
       if (mediaKind == "testcard" && value.is_string()) {
