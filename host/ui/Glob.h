@@ -16,6 +16,7 @@
 #include "host/core/XY.h"
 #include "host/draw/Canvas.h"
 #include "host/ui/Event.h"
+#include "host/ui/MenuItem.h"
 
 class configb;
 
@@ -123,6 +124,9 @@ public:
   // Sends a message up the tree until someone handles it.
   bool sendMessage(const LightweightString<char>& msg);
   bool sendDataMessage(const LightweightString<char>& msg, const void* data);
+  // The context menu that the glob offers for an event (a right click);
+  // none by default. MenuGlob::processRightMouseClicks shows it.
+  virtual MenuItems getMenuItems(const Event*) { return {}; }
 
   // The timer interest 4096: while any glob holds it, ticks arrive at 50 Hz.
   static constexpr int timerInterest = 4096;

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/ui/DragDrop.h"
 #include "host/ui/HostClock.h"
 
 namespace {
+
+constexpr int escapeKey = 27;
 
 struct Screen {
   std::unique_ptr<ScreenSurface> surface;
@@ -14,6 +17,10 @@ struct Screen {
   std::vector<Glob*> timed;
   Glob* captured = nullptr;
   Glob* focus = nullptr;
+  Glob* popup = nullptr;
+  bool swallowRelease = false; // the press closed the pop-up; its release goes nowhere
+  Ux::Ptr<DragDropItem> dragged;
+  Glob* dragHover = nullptr; // the destination the item is over
   XY<int> mouse;
   XY<int> pressAt;
   unsigned modifiers = 0;
@@ -47,6 +54,31 @@ Glob* globAt(XY<int> p) {
 Event localTo(const Glob* g, Event e) {
   e.position = e.screen - g->screenPos();
   return e;
+}
+
+// The deepest glob under a point that takes drops, and that glob as a destination.
+std::pair<Glob*, DragDropDestination*> destinationAt(XY<int> p) {
+  for (Glob* g = globAt(p); g; g = g->parent())
+    if (auto* d = dynamic_cast<DragDropDestination*>(g)) return {g, d};
+  return {nullptr, nullptr};
+}
+
+void hoverDrag(XY<int> p) {
+  const auto [glob, destination] = destinationAt(p);
+  if (screen->dragHover && screen->dragHover != glob)
+    dynamic_cast<DragDropDestination*>(screen->dragHover)->dragHover(nullptr, {});
+  screen->dragHover = glob;
+  if (destination) destination->dragHover(screen->dragged.get(), p - glob->screenPos());
+}
+
+void endDrag(bool drop, XY<int> p) {
+  const Ux::Ptr<DragDropItem> item = std::move(screen->dragged);
+  if (screen->dragHover) dynamic_cast<DragDropDestination*>(screen->dragHover)->dragHover(nullptr, {});
+  screen->dragHover = nullptr;
+  if (!drop || !item) return;
+  const auto [glob, destination] = destinationAt(p);
+  const XY<int> local = glob ? p - glob->screenPos() : p;
+  if (destination && destination->canAcceptDrop(*item, local)) destination->acceptDrop(*item, local);
 }
 
 // Offers the event to the glob and then its parents; returns who took it.
@@ -169,6 +201,14 @@ bool GlobManager::dispatch(Event e) {
       e.sinceDown = e.screen - screen->pressAt;
       return screen->captured->handleMouseEvent(localTo(screen->captured, e));
     }
+    if (screen->popup && !screen->popup->containsScreenPoint(e.screen)) {
+      GlobManager::setPopup(nullptr);
+      screen->pressed = e.button;
+      screen->captured = nullptr;
+      screen->swallowRelease = true;
+      update();
+      return true;
+    }
     screen->pressed = e.button;
     screen->pressAt = e.screen;
     screen->clickState = (e.modifiers & Event::shiftHeld) ? Event::zoomDrag : 0;
@@ -184,10 +224,18 @@ bool GlobManager::dispatch(Event e) {
     taker = screen->captured ? (screen->captured->handleMouseEvent(localTo(screen->captured, e)) ? screen->captured
                                                                                                : nullptr)
                              : offer(globAt(e.screen), e);
+    if (screen->dragged) hoverDrag(e.screen);
     break;
   case Event::mouseUp:
     e.clickState = screen->clickState;
     e.sinceDown = e.screen - screen->pressAt;
+    if (screen->swallowRelease && e.button == screen->pressed) {
+      screen->swallowRelease = false;
+      screen->pressed = Event::noButton;
+      update();
+      return true;
+    }
+    if (screen->dragged && e.button == screen->pressed) endDrag(true, e.screen);
     if (screen->captured) {
       Glob* g = screen->captured;
       if (e.button == screen->pressed) screen->captured = nullptr;
@@ -205,7 +253,12 @@ bool GlobManager::dispatch(Event e) {
     break;
   case Event::keyDown:
   case Event::keyUp:
-    taker = offer(screen->focus ? screen->focus : globAt(screen->mouse), e);
+    if (screen->dragged && e.type == Event::keyDown && e.key == escapeKey) {
+      endDrag(false, {});
+      taker = screen->captured;
+      break;
+    }
+    taker = offer(screen->popup ? screen->popup : screen->focus ? screen->focus : globAt(screen->mouse), e);
     break;
   default:
     break;
@@ -229,6 +282,28 @@ void GlobManager::setKeyboardModifiers(unsigned bits) {
 Glob* GlobManager::capturedGlob() {
   return screen ? screen->captured : nullptr;
 }
+
+bool GlobManager::startDrag(const Ux::Ptr<DragDropItem>& item) {
+  if (!screen || !item || screen->pressed == Event::noButton) return false;
+  if (screen->dragged) endDrag(false, {});
+  screen->dragged = item;
+  hoverDrag(screen->mouse);
+  return true;
+}
+
+DragDropItem* GlobManager::draggedItem() { return screen ? screen->dragged.get() : nullptr; }
+
+void GlobManager::cancelDrag() {
+  if (screen && screen->dragged) endDrag(false, {});
+}
+
+void GlobManager::setPopup(Glob* root) {
+  if (!screen || screen->popup == root) return;
+  if (screen->popup) requestDeletion(screen->popup);
+  screen->popup = root;
+}
+
+Glob* GlobManager::popup() { return screen ? screen->popup : nullptr; }
 
 void GlobManager::addTimerInterest(Glob* glob) {
   if (std::find(screen->timed.begin(), screen->timed.end(), glob) == screen->timed.end())
@@ -327,6 +402,8 @@ void GlobManager::forget(Glob* glob) {
   if (!screen) return;
   if (screen->captured == glob) screen->captured = nullptr;
   if (screen->focus == glob) screen->focus = nullptr;
+  if (screen->popup == glob) screen->popup = nullptr;
+  if (screen->dragHover == glob) screen->dragHover = nullptr;
   std::erase(screen->timed, glob);
   std::erase(screen->roots, glob);
   std::erase(screen->doomed, glob);

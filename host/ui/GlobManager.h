@@ -3,10 +3,12 @@
 #include <vector>
 
 #include "host/FxHostApi.h"
+#include "host/core/Ptr.h"
 #include "host/draw/ScreenSurface.h"
 #include "host/ui/Glob.h"
 
 class configb;
+class DragDropItem;
 
 // A panel's border: a type (0 plain), a width in pixels and flags.
 struct Border {
@@ -56,6 +58,20 @@ public:
   static unsigned keyboardModifiers();
   static void setKeyboardModifiers(unsigned bits);
   static Glob* capturedGlob();
+
+  // Drag and drop (host/ui/DragDrop.h): while a button is held, a glob hands
+  // the screen the item it gives away; the screen keeps it until the release
+  // and drops it on the DragDropDestination under the mouse. Escape or
+  // cancelDrag() ends the drag without a drop. Returns false (no drag) when
+  // no button is down.
+  static bool startDrag(const Ux::Ptr<DragDropItem>& item);
+  static DragDropItem* draggedItem();
+  static void cancelDrag();
+
+  // A pop-up root (a menu): while it is up, a click elsewhere closes it and
+  // goes no further, and keys go to it first. A new pop-up closes the old.
+  static void setPopup(Glob* root);
+  static Glob* popup();
 
   // Timers: globs holding the interest get a tick on each call of tick().
   static void addTimerInterest(Glob* glob);

@@ -1,0 +1,149 @@
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "host/config/ConfigInt.h"
+#include "host/config/EditorPreferences.h"
+#include "host/notify/Log.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A folder of its own for each test, gone afterwards.
+struct Preferences : ::testing::Test {
+  fs::path folder;
+
+  void SetUp() override {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    folder = fs::temp_directory_path() / ("fxgraph-config-" + std::to_string(::getpid()) + "-" + test->name());
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+  }
+  void TearDown() override { fs::remove_all(folder); }
+
+  std::string file(const char* name) const { return (folder / name).string(); }
+  static void write(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+  static std::string read(const std::string& path) {
+    std::ostringstream out;
+    out << std::ifstream(path, std::ios::binary).rdbuf();
+    return out.str();
+  }
+};
+
+} // namespace
+
+TEST_F(Preferences, EveryTypeReadsBackFromTheFileAsWritten) {
+  const std::string path = file("preferences");
+  {
+    EditorPreferences p(path);
+    EXPECT_TRUE(p.setPreference("Video Routing : Templates", false));
+    EXPECT_TRUE(p.setPreference("Video Routing : Zoom", 0.1));
+    EXPECT_TRUE(p.setPreference("Video Routing : Orientation", 1));
+    EXPECT_TRUE(p.setPreference("Effect graph tool size", XY<int>{640, 480}));
+    EXPECT_TRUE(p.setPreference("Video Routing : Position", XY<int>{-1234, -1234}));
+    EXPECT_TRUE(p.setPreference("Last edit", L"Prömo \"cut\" "));
+    EXPECT_TRUE(p.setPreference("Note", "two\nlines"));
+  }
+  EditorPreferences again(path);
+  EXPECT_FALSE(again.getPreference("Video Routing : Templates", true));
+  EXPECT_EQ(again.getPreference("Video Routing : Zoom", 0.75), 0.1);
+  EXPECT_EQ(again.getPreference("Video Routing : Orientation", 0), 1);
+  EXPECT_EQ(again.getPreference("Effect graph tool size", XY<int>{792, 550}), (XY<int>{640, 480}));
+  EXPECT_EQ(again.getPreference("Video Routing : Position", XY<int>{0, 0}), (XY<int>{-1234, -1234}));
+  EXPECT_EQ(again.getPreference("Last edit", L""), L"Prömo \"cut\" ");
+  EXPECT_EQ(again.getPreference("Note", ""), "two\nlines");
+
+  const std::string text = read(path);
+  EXPECT_NE(text.find("Effect graph tool size = (640,480)\n"), std::string::npos);
+  EXPECT_NE(text.find("Video Routing : Zoom = 0.1\n"), std::string::npos);
+  EXPECT_NE(text.find("Note = \"two\\nlines\"\n"), std::string::npos);
+  // Written through a temporary file that is renamed into place.
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
+}
+
+TEST_F(Preferences, LinesThatCannotBeReadAreSkippedWithAWarningAndKept) {
+  const std::string path = file("preferences");
+  write(path, "# written by hand\n"
+              "Video Routing : Zoom = 0.5\n"
+              "no separator here\n"
+              " = 3\n"
+              "Title = \"unfinished\n"
+              "\n"
+              "Automatic FX positioning = true\n");
+  LogChannel::Capture log(Log::channel());
+  EditorPreferences p(path);
+  ASSERT_EQ(log.messages().size(), 3u);
+  EXPECT_NE(log.messages()[0].find(path + ":3:"), std::string::npos);
+  EXPECT_NE(log.messages()[1].find(":4:"), std::string::npos);
+  EXPECT_NE(log.messages()[2].find(":5:"), std::string::npos);
+  EXPECT_EQ(p.getPreference("Video Routing : Zoom", 0.75), 0.5);
+  EXPECT_TRUE(p.getPreference("Automatic FX positioning", false));
+  EXPECT_EQ(p.getPreference("Title", "none"), "none");
+
+  // A change rewrites the file with the user's comment and odd lines intact.
+  p.setPreference("Video Routing : Zoom", 1.0);
+  const std::string text = read(path);
+  EXPECT_EQ(text, "# written by hand\n"
+                  "Video Routing : Zoom = 1\n"
+                  "no separator here\n"
+                  " = 3\n"
+                  "Title = \"unfinished\n"
+                  "\n"
+                  "Automatic FX positioning = true\n");
+}
+
+TEST_F(Preferences, AMissingFileGivesTheDefaultsAndTheFirstChangeMakesIt) {
+  const std::string path = file("not/yet/there");
+  LogChannel::Capture log(Log::channel());
+  EditorPreferences p(path);
+  EXPECT_TRUE(log.messages().empty());
+  EXPECT_EQ(p.getPreference("Video Routing : Zoom", 0.75), 0.75);
+  EXPECT_FALSE(fs::exists(path));
+  EXPECT_TRUE(p.setPreference("Video Routing : Zoom", 0.5));
+  EXPECT_TRUE(fs::exists(path));
+
+  // Text of another type gives the default.
+  write(path, "n = 12abc\npoint = (3,4\nflag = yes\n");
+  p.open(path);
+  EXPECT_EQ(p.getPreference("n", 7), 7);
+  EXPECT_EQ(p.getPreference("point", XY<int>{1, 1}), (XY<int>{1, 1}));
+  EXPECT_TRUE(p.getPreference("flag", true));
+  EXPECT_FALSE(p.getPreference("flag", false));
+
+  // A key that the format cannot hold is refused.
+  EXPECT_FALSE(p.setPreference("a = b", 1));
+  EXPECT_FALSE(p.hasPreference("a = b"));
+}
+
+TEST_F(Preferences, TheProcessStoreFollowsTheFileItIsGiven) {
+  const std::string first = file("first"), second = file("second");
+  write(first, "Video Routing : Zoom = 0.25\n");
+  setPreferencesFile(first);
+  EXPECT_EQ(prefs().path(), first);
+  EXPECT_EQ(prefs().getPreference("Video Routing : Zoom", 0.75), 0.25);
+
+  setPreferencesFile(second);
+  EXPECT_EQ(prefs().getPreference("Video Routing : Zoom", 0.75), 0.75);
+  prefs().setPreference("Video Routing : Templates", false);
+  EXPECT_EQ(read(second), "Video Routing : Templates = false\n");
+  EXPECT_EQ(read(first), "Video Routing : Zoom = 0.25\n");
+}
+
+TEST_F(Preferences, IntegerConfigurationComesFromItsOwnFile) {
+  const std::string path = file("config");
+  write(path, "max_click_separation = 150\nthreads = many\n");
+  setConfigFile(path);
+  EXPECT_EQ(config_int("max_click_separation", 200), 150);
+  EXPECT_EQ(config_int("absent", 200), 200);
+  LogChannel::Capture log(Log::channel());
+  EXPECT_EQ(config_int("threads", 4), 4);
+  ASSERT_EQ(log.messages().size(), 1u);
+  EXPECT_NE(log.messages()[0].find("threads"), std::string::npos);
+  setConfigFile(file("none"));
+  EXPECT_EQ(config_int("max_click_separation", 200), 200);
+}
