@@ -101,6 +101,9 @@ FXHOST_API LightweightString<char> formatText(const char* format, ...) __attribu
 FXHOST_API LightweightString<wchar_t> toWide(std::string_view utf8);
 FXHOST_API LightweightString<char> toUTF8(std::wstring_view wide);
 inline LightweightString<wchar_t> toWide(const LightweightString<char>& s) { return toWide(s.view()); }
+inline LightweightString<wchar_t> toWide(const std::string& s) { return toWide(std::string_view(s)); }
+inline LightweightString<wchar_t> toWide(const char* s) { return toWide(std::string_view(s ? s : "")); }
+inline LightweightString<char> toUTF8(const std::wstring& s) { return toUTF8(std::wstring_view(s)); }
 inline LightweightString<char> toUTF8(const LightweightString<wchar_t>& s) { return toUTF8(s.view()); }
 
 template <class C>

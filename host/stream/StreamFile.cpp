@@ -104,7 +104,7 @@ void StreamFile::writeBytes(const void* data, std::size_t count) {
   if (count == 0) return;
   const auto* src = static_cast<const uint8_t*>(data);
   const std::size_t overlap = std::min<std::size_t>(count, bytes_.size() - pos_);
-  std::memcpy(bytes_.data() + pos_, src, overlap);
+  if (overlap) std::memcpy(bytes_.data() + pos_, src, overlap);
   bytes_.insert(bytes_.end(), src + overlap, src + count);
   pos_ += count;
 }
