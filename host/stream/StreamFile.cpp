@@ -111,8 +111,10 @@ void StreamFile::writeBytes(const void* data, std::size_t count) {
 
 bool StreamFile::readBytes(void* out, std::size_t count) {
   if (count > remaining()) {
-    shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
-                         static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
+    // Once failing, a run of reads is already reported: no message to make.
+    if (!error_)
+      shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
+                           static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
     pos_ = bytes_.size();
     std::memset(out, 0, count);
     return false;
