@@ -94,6 +94,7 @@ void StreamFile::shortRead(const LightweightString<char>& text) {
   // One message for a run of failed reads: the first says where it ended.
   if (!error_) appendErrorText(text);
   error_ = true;
+  ++failedReads_;
 }
 
 void StreamFile::writeBytes(const void* data, std::size_t count) {
@@ -115,6 +116,8 @@ bool StreamFile::readBytes(void* out, std::size_t count) {
     if (!error_)
       shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
                            static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
+    else
+      ++failedReads_;
     pos_ = bytes_.size();
     std::memset(out, 0, count);
     return false;
