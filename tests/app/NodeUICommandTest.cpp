@@ -1,6 +1,7 @@
 #include "app/NodeUICommand.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -8,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -387,16 +387,20 @@ TEST_F(NodeUICommandTest, InspectListsEveryChunkWithItsSizes) {
   };
   std::vector<Chunk> chunks;
   uint64_t objectAt = 0;
-  std::smatch m;
-  const std::regex object(R"(^object "NodePosManager" \(([^)]*)\) at (\d+)$)");
-  const std::regex chunk(R"(^(\d+)( +)(\S+) +(\d+\.\d+) +(\d+) +(\d+) +3 read$)");
   std::istringstream lines(r.out);
   for (std::string line; std::getline(lines, line);) {
-    if (std::regex_match(line, m, object)) objectAt = std::stoull(m[2]);
-    if (!std::regex_match(line, m, chunk)) continue;
+    if (line.starts_with("object \"NodePosManager\"")) {
+      objectAt = std::stoull(line.substr(line.rfind(' ') + 1));
+      continue;
+    }
+    if (line.empty() || !std::isdigit(static_cast<unsigned char>(line[0])) || !line.ends_with(" 3 read")) continue;
+    Chunk c{};
+    std::istringstream fields(line);
+    fields >> c.offset >> c.name >> c.version >> c.own >> c.total;
     // The offset column is ten wide; the name is indented two per level below it.
-    const int indent = static_cast<int>(m[2].length()) - (10 - static_cast<int>(m[1].length()));
-    chunks.push_back({std::stoull(m[1]), indent / 2 - 1, m[3], m[4], std::stoull(m[5]), std::stoull(m[6])});
+    const auto nameAt = static_cast<int>(line.find_first_not_of(' ', line.find(' ')));
+    c.depth = (nameAt - 10) / 2 - 1;
+    chunks.push_back(c);
   }
   ASSERT_EQ(chunks.size(), 10u) << r.out;
 
