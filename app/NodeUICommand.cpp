@@ -1,5 +1,6 @@
 #include "app/NodeUICommand.h"
 
+#include <cstdio>
 #include <fstream>
 #include <iomanip>
 #include <ostream>
@@ -124,9 +125,12 @@ bool clean(const ReadBack& r) {
   return true;
 }
 
-std::string trimmed(const std::string& s) {
-  const auto b = s.find_first_not_of(" \n");
-  const auto e = s.find_last_not_of(" \n");
+// One line: messages are joined by spaces and trimmed.
+std::string trimmed(std::string s) {
+  for (char& c : s)
+    if (c == '\n' || c == '\r') c = ' ';
+  const auto b = s.find_first_not_of(' ');
+  const auto e = s.find_last_not_of(' ');
   return b == std::string::npos ? std::string() : s.substr(b, e - b + 1);
 }
 
@@ -143,7 +147,8 @@ int dump(const std::string& path, std::ostream& out, std::ostream& err) {
   doc["warnings"] = warnings;
   doc["complete"] = r.file.complete;
   if (!r.file.problem.empty()) doc["problem"] = trimmed(r.file.problem.str());
-  out << doc.dump(2) << "\n";
+  // The error text may quote bytes of the file that are not UTF-8.
+  out << doc.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
   if (clean(r)) return 0;
   if (!r.file.problem.empty()) err << "fxgraph: " << path << ": " << trimmed(r.file.problem.str()) << "\n";
   else if (!r.found) err << "fxgraph: " << path << ": holds no \"" << NodeUIPosManager::bindingName << "\"\n";
@@ -152,6 +157,21 @@ int dump(const std::string& path, std::ostream& out, std::ostream& err) {
         << resultMeaning(r.managerResult) << ")\n";
   else err << "fxgraph: " << path << ": position records read, but damaged: " << doc["errorText"].get<std::string>() << "\n";
   return 1;
+}
+
+// A layer name as read from the file, printable on one line.
+std::string printable(const LightweightString<char>& name) {
+  if (name.empty()) return "(none)";
+  std::string out;
+  for (unsigned char c : name.str()) {
+    if (c >= 0x20 && c < 0x7F) out += static_cast<char>(c);
+    else {
+      char hex[5];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      out += hex;
+    }
+  }
+  return out;
 }
 
 // Collects the chunk tree as the reader walks it.
@@ -190,12 +210,12 @@ int inspect(const std::string& path, std::ostream& out, std::ostream& err) {
       << "result\n";
   std::size_t next = 0;
   for (const auto& e : r.file.entries) {
-    out << "object \"" << e.name.c_str() << "\" (" << e.kind.c_str() << ") at " << e.offset << "\n";
+    out << "object \"" << printable(e.name) << "\" (" << printable(e.kind) << ") at " << e.offset << "\n";
     for (; next < tree.chunks.size() && tree.chunks[next].header.offset < (&e == &r.file.entries.back() ? UINT64_MAX : (&e + 1)->offset); ++next) {
       const auto& c = tree.chunks[next];
       std::ostringstream version, name;
       version << c.header.major << "." << c.header.minor;
-      name << std::string(2 * c.depth + 2, ' ') << (c.header.name.empty() ? "(none)" : c.header.name.c_str());
+      name << std::string(2 * c.depth + 2, ' ') << printable(c.header.name);
       out << std::left << std::setw(10) << c.header.offset << std::setw(24) << name.str() << std::setw(9)
           << version.str() << std::setw(12) << c.header.ownSize << std::setw(12) << c.header.totalSize << c.result
           << " " << resultMeaning(c.result) << "\n";

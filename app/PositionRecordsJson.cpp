@@ -98,7 +98,9 @@ bool recordsFromJson(const nlohmann::json& doc, NodeUIPosManager& manager, std::
   }
   for (const ParsedRecord& p : parsed) {
     auto* rec = new NodeUIPosRec(&manager, p.node, p.cookie);
-    rec->setDrawPosition(p.draw, false);
+    // Stored as given: setDrawPosition would take -0.0 for the +0.0 already there.
+    rec->drawX().setValueQuietly(p.draw.x);
+    rec->drawY().setValueQuietly(p.draw.y);
     rec->restoreManualState(p.manual.x, p.manual.y, p.manualSet);
     manager.addNewRec(rec);
   }

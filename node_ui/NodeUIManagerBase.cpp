@@ -144,7 +144,9 @@ void NodeUIManagerBase::unpack(PStream& s) {
     }
     const uint64_t at = s.position();
     const int result = rec->STRM_hierarchyUnpack(s);
-    if (result == StreamResult::error || result == StreamResult::unexpectedEof) {
+    // A record that read nothing, or left the stream failing, means the
+    // stream ran out before the count did, whatever the code says.
+    if (result == StreamResult::error || result == StreamResult::unexpectedEof || s.error() || s.position() == at) {
       s.failRead(formatText(" Record %u of %u at offset %llu could not be read (result %d); kept the %u before it.",
                             i + 1, count, static_cast<unsigned long long>(at), result, read));
       return;

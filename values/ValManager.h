@@ -21,6 +21,9 @@ public:
 
   // Puts the server under this manager with its judge.
   void manageServer(ValServer<T>* server, Judge judge) {
+    // A server has one manager: its previous one forgets it.
+    if (ValManagerBase<T>* previous = server->getManager(); previous && previous != this)
+      previous->releaseServer(server);
     releaseServer(server);
     records_.push_back({server, judge});
     server->setManager(this);
@@ -35,7 +38,8 @@ public:
   }
 
   void releaseServer(ValServer<T>* server) override {
-    std::erase_if(records_, [server](const Record& r) { return r.server == server; });
+    const auto gone = std::erase_if(records_, [server](const Record& r) { return r.server == server; });
+    if (gone && server->getManager() == this) server->setManager(nullptr);
   }
   std::size_t managedCount() const noexcept { return records_.size(); }
 

@@ -56,6 +56,9 @@ LightweightString<wchar_t> toWide(std::string_view utf8) {
       continue;
     }
     p += extra;
+    // Overlong forms, surrogates and values past U+10FFFF are not characters.
+    static constexpr unsigned least[4] = {0, 0x80, 0x800, 0x10000};
+    if (c < least[extra] || (c >= 0xD800 && c <= 0xDFFF) || c > 0x10FFFF) c = 0xFFFD;
     out.push_back(static_cast<wchar_t>(c));
   }
   return LightweightString<wchar_t>(std::move(out));
@@ -66,7 +69,7 @@ LightweightString<char> toUTF8(std::wstring_view wide) {
   out.reserve(wide.size());
   for (wchar_t w : wide) {
     auto c = static_cast<unsigned long>(static_cast<std::make_unsigned_t<wchar_t>>(w));
-    if (c > 0x10FFFF) c = 0xFFFD;
+    if (c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) c = 0xFFFD;
     if (c < 0x80) {
       out.push_back(static_cast<char>(c));
     } else if (c < 0x800) {

@@ -105,7 +105,8 @@ ObjectsFile::ReadResult ObjectsFile::read(PStream& s,
     }
     e.errorText = s.errorText().substr(errorsBefore);
     r.entries.push_back(e);
-    if (e.result == StreamResult::error || e.result == StreamResult::unexpectedEof)
+    // A read that leaves the stream failing is a failure whatever its code.
+    if (e.result == StreamResult::error || e.result == StreamResult::unexpectedEof || s.error())
       return stop(formatText("object %u (\"%s\") could not be read (result %d):%s", i + 1, e.name.c_str(), e.result,
                              e.errorText.c_str()));
     if (e.result == StreamResult::wrongLayerName)

@@ -94,6 +94,7 @@ void StreamFile::shortRead(const LightweightString<char>& text) {
   // One message for a run of failed reads: the first says where it ended.
   if (!error_) appendErrorText(text);
   error_ = true;
+  ++failedReads_;
 }
 
 void StreamFile::writeBytes(const void* data, std::size_t count) {
@@ -104,15 +105,19 @@ void StreamFile::writeBytes(const void* data, std::size_t count) {
   if (count == 0) return;
   const auto* src = static_cast<const uint8_t*>(data);
   const std::size_t overlap = std::min<std::size_t>(count, bytes_.size() - pos_);
-  std::memcpy(bytes_.data() + pos_, src, overlap);
+  if (overlap) std::memcpy(bytes_.data() + pos_, src, overlap);
   bytes_.insert(bytes_.end(), src + overlap, src + count);
   pos_ += count;
 }
 
 bool StreamFile::readBytes(void* out, std::size_t count) {
   if (count > remaining()) {
-    shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
-                         static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
+    // Once failing, a run of reads is already reported: no message to make.
+    if (!error_)
+      shortRead(formatText(" Read past the end of the stream at offset %llu (%zu bytes wanted, %llu left).",
+                           static_cast<unsigned long long>(pos_), count, static_cast<unsigned long long>(remaining())));
+    else
+      ++failedReads_;
     pos_ = bytes_.size();
     std::memset(out, 0, count);
     return false;

@@ -52,6 +52,9 @@ public:
   void appendErrorText(const LightweightString<char>& text) { errorText_ += text; }
   // Appends the text and sets the error flag.
   void failRead(const LightweightString<char>& text);
+  // How many reads have run past the end so far: a reader compares counts to
+  // tell whether a value it read was really there.
+  uint64_t failedReads() const noexcept { return failedReads_; }
 
   // Writing at the position; overwrites, then extends.
   void setCookedChar(uint8_t v);
@@ -81,6 +84,7 @@ private:
   std::vector<uint8_t> bytes_;
   uint64_t pos_ = 0;
   bool error_ = false;
+  uint64_t failedReads_ = 0;
   LightweightString<char> errorText_;
   Mode mode_ = Mode::memory;
   std::string path_;

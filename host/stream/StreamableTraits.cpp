@@ -122,14 +122,20 @@ int StreamableTraitsBase::unpackLayer(PStream& s, const LayerInfo& layer, const 
     format = s.formatNumber();
   }
 
+  // A size that is not all there reads as 0xFFFFFFFF, as one past the end
+  // does: the short read must not pass for a legitimately empty layer.
+  auto readSize = [&s, &format]() -> uint32_t {
+    if (s.eof()) return 0xFFFFFFFFu;
+    const uint64_t failedBefore = s.failedReads();
+    const uint32_t size =
+        format == 1 ? DynamicIntegralStorage<uint16_t, uint32_t>::unpack(s) : s.getUnsignedLong();
+    return s.failedReads() == failedBefore ? size : 0xFFFFFFFFu;
+  };
   uint32_t ownSize = 0;
   uint32_t totalSize = 0;
-  if (format == 1) {
-    ownSize = DynamicIntegralStorage<uint16_t, uint32_t>::unpack(s);
-    totalSize = DynamicIntegralStorage<uint16_t, uint32_t>::unpack(s);
-  } else if (format == 2) {
-    ownSize = s.eof() ? 0xFFFFFFFFu : s.getUnsignedLong();
-    totalSize = s.eof() ? 0xFFFFFFFFu : s.getUnsignedLong();
+  if (format == 1 || format == 2) {
+    ownSize = readSize();
+    totalSize = readSize();
   } else {
     return failHeader("Unrecognized version for Streamable base");
   }

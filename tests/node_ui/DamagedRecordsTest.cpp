@@ -1,0 +1,385 @@
+// Damaged position-record files: the hand-made corpus with its expected
+// outcomes (corpus/expected.txt), every truncation and every single-byte
+// flip of the valid file, read the way an edit is loaded.
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "host/notify/Log.h"
+#include "host/stream/ObjectsFile.h"
+#include "host/stream/StreamTraceSink.h"
+#include "node_ui/NodeUIPosManager.h"
+#include "tests/support/Bytes.h"
+
+using namespace testsupport;
+
+namespace {
+
+const std::string corpus = sourcePath("tests/node_ui/corpus");
+
+std::vector<uint8_t> readFile(const std::string& name) {
+  std::ifstream in(corpus + "/" + name, std::ios::binary);
+  EXPECT_TRUE(in) << name;
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// A record as bits, so that NaN payloads and signed zeros compare exactly.
+struct RecordBits {
+  IdStamp node;
+  Cookie cookie;
+  uint64_t drawX = 0, drawY = 0, manualX = 0, manualY = 0;
+  bool manualSet = false;
+  friend bool operator==(const RecordBits&, const RecordBits&) = default;
+};
+
+uint64_t bits(double v) {
+  uint64_t b;
+  std::memcpy(&b, &v, sizeof b);
+  return b;
+}
+
+std::vector<RecordBits> recordsOf(const NodeUIManagerBase& m) {
+  std::vector<RecordBits> out;
+  for (const NodeUIRecBase* base : m.records().as<NodeUIRecBase>()) {
+    const auto* r = dynamic_cast<const NodeUIPosRec*>(base);
+    if (!r) continue;
+    out.push_back({r->getNodeId(), r->getCookie(), bits(r->getDrawPosition().x), bits(r->getDrawPosition().y),
+                   bits(r->getManualPos().x), bits(r->getManualPos().y), r->isManualPosSet()});
+  }
+  return out;
+}
+
+struct TraceHeader {
+  uint64_t offset, dataStart;
+  std::string name;
+  std::size_t depth;
+};
+
+class Trace : public StreamTraceSink {
+public:
+  void chunkHeader(const Header& h) override { headers.push_back({h.offset, h.dataStart, h.name.str(), depth++}); }
+  void chunkEnd(int, uint64_t) override { --depth; }
+  // The n-th header of that name at that depth, counted from 0.
+  const TraceHeader& find(const std::string& name, std::size_t atDepth, int n = 0) const {
+    for (const TraceHeader& h : headers)
+      if (h.name == name && h.depth == atDepth && n-- == 0) return h;
+    throw std::runtime_error("no such header: " + name);
+  }
+  std::vector<TraceHeader> headers;
+  std::size_t depth = 0;
+};
+
+// One read of a file as the edit loader does it: the position manager read
+// in place, the other objects built from their registered readers.
+struct Outcome {
+  ObjectsFile::ReadResult file;
+  Ux::Ptr<NodeUIPosManager> manager{new NodeUIPosManager()};
+  int result = 0; // of "NodePosManager"
+  int second = 0; // of "Spare"
+  std::string errorText;
+  std::vector<std::string> warnings; // the log's, then the file reader's
+  Trace trace;
+
+  explicit Outcome(const std::vector<uint8_t>& bytes, bool inPlace = true) {
+    std::map<LightweightString<char>, Ux::Ptr<Streamable>> into{{"NodePosManager", manager}};
+    PStream s(bytes);
+    s.setTraceSink(&trace);
+    LogChannel::Capture log(Log::channel());
+    file = ObjectsFile::read(s, inPlace ? &into : nullptr);
+    warnings = log.messages();
+    for (const auto& w : file.warnings) warnings.push_back(w.str());
+    for (const auto& e : file.entries) {
+      if (e.name == "NodePosManager") {
+        result = e.result;
+        errorText = e.errorText.str();
+      }
+      if (e.name == "Spare") second = e.result;
+    }
+  }
+  bool clean() const {
+    if (!file.complete) return false;
+    for (const auto& e : file.entries)
+      if (e.result != StreamResult::layerRead || !e.errorText.empty()) return false;
+    return true;
+  }
+};
+
+struct Base {
+  std::vector<uint8_t> bytes = readFile("base.objects");
+  Outcome read{bytes};
+  std::vector<RecordBits> records = recordsOf(*read.manager);
+};
+const Base& base() {
+  static const Base b;
+  return b;
+}
+
+// What must hold however a file is damaged.
+void checkInvariants(const std::vector<uint8_t>& bytes) {
+  const Outcome o(bytes);
+  const std::set<int> defined{0, StreamResult::layerRead, StreamResult::error, StreamResult::wrongLayerName,
+                              StreamResult::unexpectedEof};
+  EXPECT_LE(o.file.stoppedAt, bytes.size());
+  for (std::size_t i = 0; i < o.file.entries.size(); ++i) {
+    const auto& e = o.file.entries[i];
+    EXPECT_TRUE(defined.count(e.result)) << e.result;
+    auto manager = Ux::dynamicCast<NodeUIManagerBase>(e.object);
+    if (!manager) continue;
+    // No more records than the count the reader found in this object's "N".
+    const uint64_t end = i + 1 < o.file.entries.size() ? o.file.entries[i + 1].offset : UINT64_MAX;
+    uint64_t count = 0;
+    for (const TraceHeader& h : o.trace.headers)
+      if (h.name == "N" && h.depth == 0 && h.offset >= e.offset && h.offset < end) {
+        count = h.dataStart + 4 <= bytes.size() ? u32At(bytes, h.dataStart) : UINT64_MAX;
+        break;
+      }
+    EXPECT_LE(manager->recordCount(), count);
+    // Whatever was kept writes and reads back the same, bit for bit.
+    PStream out;
+    ASSERT_EQ(out.writeObject(*manager), StreamResult::packed);
+    PStream in(out.bytes());
+    NodeUIPosManager back;
+    EXPECT_EQ(in.readObject(back), StreamResult::layerRead);
+    EXPECT_TRUE(in.errorText().empty());
+    EXPECT_EQ(recordsOf(back), recordsOf(*manager));
+  }
+  // Built rather than read in place: only result 6 discards, and where both
+  // reads use the same reader (in place ignores the kind) the results agree.
+  const Outcome built(bytes, false);
+  for (std::size_t i = 0; i < built.file.entries.size(); ++i) {
+    const auto& e = built.file.entries[i];
+    if (e.result != 0) {
+      EXPECT_EQ(e.object == nullptr, e.result == StreamResult::error);
+    }
+    if (i >= o.file.entries.size() || e.kind != o.file.entries[i].kind) break;
+    if (e.name != "NodePosManager" || e.kind == "$.T.N.J") {
+      EXPECT_EQ(e.result, o.file.entries[i].result);
+    }
+  }
+}
+
+std::map<std::string, std::multimap<std::string, std::string>> expectations() {
+  std::ifstream in(corpus + "/expected.txt");
+  std::map<std::string, std::multimap<std::string, std::string>> all;
+  std::multimap<std::string, std::string> block;
+  auto flush = [&] {
+    if (!block.empty()) all[block.find("file")->second] = block;
+    block.clear();
+  };
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty()) flush();
+    if (line.empty() || line[0] == '#') continue;
+    const auto colon = line.find(": ");
+    if (colon != std::string::npos) block.emplace(line.substr(0, colon), line.substr(colon + 2));
+  }
+  flush();
+  return all;
+}
+
+std::vector<std::string> words(const std::string& text) {
+  std::istringstream in(text);
+  std::vector<std::string> out;
+  for (std::string w; in >> w;)
+    if (w != "-") out.push_back(w);
+  return out;
+}
+
+TEST(DamagedRecords, BaseFileReadsCleanlyAndWritesBackByteForByte) {
+  const Base& b = base();
+  ASSERT_TRUE(b.read.clean()) << b.read.file.problem.c_str();
+  EXPECT_TRUE(b.read.warnings.empty());
+  ASSERT_EQ(b.records.size(), 3u);
+  EXPECT_EQ(b.records[2].node, IdStamp(3, 0, 2));
+
+  const Outcome built(b.bytes, false);
+  ASSERT_EQ(built.file.entries.size(), 2u);
+  std::vector<ObjectsFile::Binding> bindings;
+  for (const auto& e : built.file.entries) bindings.push_back({e.name, e.object});
+  PStream out;
+  LightweightString<char> why;
+  ASSERT_TRUE(ObjectsFile::write(out, bindings, why)) << why.c_str();
+  EXPECT_EQ(out.bytes(), b.bytes);
+}
+
+TEST(DamagedRecords, EveryCorpusFileHasItsExpectedOutcome) {
+  const auto all = expectations();
+  std::set<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(corpus))
+    if (entry.path().extension() == ".objects") files.insert(entry.path().filename().string());
+  for (const auto& [name, block] : all) EXPECT_TRUE(files.count(name)) << name << " is expected but missing";
+
+  for (const std::string& name : files) {
+    SCOPED_TRACE(name);
+    auto found = all.find(name);
+    ASSERT_NE(found, all.end()) << "no expected outcome for " << name;
+    const auto& want = found->second;
+    auto one = [&](const char* key) {
+      auto it = want.find(key);
+      return it == want.end() ? std::string() : it->second;
+    };
+    const std::vector<uint8_t> bytes = readFile(name);
+    const Outcome o(bytes);
+
+    EXPECT_EQ(std::to_string(o.result), one("result"));
+    EXPECT_EQ(std::to_string(o.second), one("second"));
+    EXPECT_EQ(o.file.complete ? "yes" : "no", one("complete"));
+
+    const std::vector<RecordBits> kept = recordsOf(*o.manager);
+    std::vector<std::string> keptIds;
+    for (const RecordBits& r : kept) keptIds.push_back(r.node.asString().str());
+    EXPECT_EQ(keptIds, words(one("records")));
+    const std::vector<std::string> positionsLost = words(one("positions-lost")), cookieLost = words(one("cookie-lost"));
+    for (const RecordBits& r : kept) {
+      const std::string id = r.node.asString().str();
+      RecordBits expected{};
+      if (r.node.valid()) {
+        auto same = std::find_if(base().records.begin(), base().records.end(),
+                                 [&](const RecordBits& b) { return b.node == r.node; });
+        ASSERT_NE(same, base().records.end()) << id;
+        expected = *same;
+        if (std::count(positionsLost.begin(), positionsLost.end(), id))
+          expected = RecordBits{expected.node, expected.cookie};
+        if (std::count(cookieLost.begin(), cookieLost.end(), id)) expected.cookie = invalid_cookie;
+      }
+      EXPECT_TRUE(r == expected) << id << " differs from what was written";
+    }
+
+    for (auto [it, end] = want.equal_range("error"); it != end; ++it) {
+      if (it->second == "-")
+        EXPECT_EQ(o.errorText, "");
+      else
+        EXPECT_NE(o.errorText.find(it->second), std::string::npos) << o.errorText << "\nlacks: " << it->second;
+    }
+    std::string warnings;
+    for (const auto& w : o.warnings) warnings += w + "\n";
+    for (auto [it, end] = want.equal_range("warning"); it != end; ++it) {
+      if (it->second == "-")
+        EXPECT_TRUE(o.warnings.empty()) << warnings;
+      else
+        EXPECT_NE(warnings.find(it->second), std::string::npos) << warnings << "lacks: " << it->second;
+    }
+    checkInvariants(bytes);
+  }
+}
+
+TEST(DamagedRecords, TruncationAtEveryOffset) {
+  const Base& b = base();
+  for (std::size_t cut = 0; cut < b.bytes.size(); ++cut) {
+    SCOPED_TRACE("cut at " + std::to_string(cut));
+    const std::vector<uint8_t> bytes(b.bytes.begin(), b.bytes.begin() + static_cast<std::ptrdiff_t>(cut));
+    const Outcome o(bytes);
+    EXPECT_FALSE(o.clean());
+    // Only whole records survive a cut, and they are the first ones.
+    const std::vector<RecordBits> kept = recordsOf(*o.manager);
+    ASSERT_LE(kept.size(), b.records.size());
+    EXPECT_TRUE(std::equal(kept.begin(), kept.end(), b.records.begin()));
+    checkInvariants(bytes);
+  }
+}
+
+TEST(DamagedRecords, TruncationOutcomesAtChunkBoundaries) {
+  const Base& b = base();
+  auto cutAt = [&](uint64_t at) {
+    return std::vector<uint8_t>(b.bytes.begin(), b.bytes.begin() + static_cast<std::ptrdiff_t>(at));
+  };
+  EXPECT_EQ(Outcome(cutAt(11)).file.problem.str(), "not an objects file (it does not start with FXOB and a header)");
+  EXPECT_EQ(Outcome(cutAt(12)).file.problem.str(), "the file says it holds 2 objects, more than its 12 bytes could");
+
+  const uint64_t countEnd = b.read.trace.find("N", 0).dataStart + 4;
+  const Outcome noRecords(cutAt(countEnd));
+  EXPECT_EQ(noRecords.result, StreamResult::error);
+  EXPECT_EQ(noRecords.errorText, " Record count 3 cannot fit in the 0 bytes left; stopped after 0 records.");
+
+  const uint64_t second = b.read.trace.find("$", 1, 1).offset;
+  const Outcome oneRecord(cutAt(second));
+  EXPECT_EQ(oneRecord.result, StreamResult::error);
+  EXPECT_EQ(recordsOf(*oneRecord.manager), std::vector<RecordBits>{b.records[0]});
+  EXPECT_EQ(oneRecord.errorText,
+            "Unexpected end-of-file while unpacking NodeUIRecBase.NodeUIPosRec, layer Streamable." +
+                formatText(" Record 2 of 3 at offset %llu could not be read (result 8); kept the 1 before it.",
+                           static_cast<unsigned long long>(second))
+                    .str());
+
+  // Cut between the two objects: the first is whole, the file is not.
+  const uint64_t spare = b.read.file.entries[1].offset;
+  const Outcome firstOnly(cutAt(spare));
+  EXPECT_EQ(firstOnly.result, StreamResult::layerRead);
+  EXPECT_TRUE(firstOnly.errorText.empty());
+  EXPECT_FALSE(firstOnly.file.complete);
+}
+
+// The last header of a file ends with its 32-bit total size. Cut inside
+// that field, the size is read short: the reader must not take the partial
+// value as a legitimate empty layer.
+TEST(DamagedRecords, CutInsideTheLastTotalSizeIsAnUnexpectedEnd) {
+  const Base& b = base();
+  for (std::size_t missing : {1, 2, 3}) {
+    SCOPED_TRACE(std::to_string(missing) + " bytes missing");
+    const Outcome o({b.bytes.begin(), b.bytes.end() - static_cast<std::ptrdiff_t>(missing)});
+    EXPECT_EQ(o.second, StreamResult::unexpectedEof);
+    EXPECT_FALSE(o.file.complete);
+  }
+  // Cut one byte earlier, inside the own size, it already is.
+  const Outcome o({b.bytes.begin(), b.bytes.end() - 5});
+  EXPECT_EQ(o.second, StreamResult::unexpectedEof);
+  EXPECT_FALSE(o.file.complete);
+}
+
+TEST(DamagedRecords, EveryByteFlipped) {
+  const Base& b = base();
+  for (uint8_t mask : {0x01, 0x80, 0xFF})
+    for (std::size_t at = 0; at < b.bytes.size(); ++at) {
+      SCOPED_TRACE(formatText("byte %zu ^ 0x%02x", at, mask).str());
+      std::vector<uint8_t> bytes = b.bytes;
+      bytes[at] ^= mask;
+      checkInvariants(bytes);
+      if (HasFatalFailure()) return;
+    }
+}
+
+TEST(DamagedRecords, FlippedBytesAtKnownPlaces) {
+  const Base& b = base();
+  const Trace& t = b.read.trace;
+  auto flipped = [&](uint64_t at, uint8_t mask) {
+    std::vector<uint8_t> bytes = b.bytes;
+    bytes[at] ^= mask;
+    return bytes;
+  };
+
+  // The second record's "K" becomes "J": that record loses its positions only.
+  const Outcome renamed(flipped(t.find("K", 1, 1).offset + 4, 0x01));
+  EXPECT_EQ(renamed.result, StreamResult::layerRead);
+  EXPECT_EQ(renamed.errorText, "Expected short name 'K' for layer NodeUIPosRec, got J.");
+  EXPECT_EQ(renamed.second, StreamResult::layerRead);
+  std::vector<RecordBits> expected = b.records;
+  expected[1] = {expected[1].node, expected[1].cookie};
+  EXPECT_EQ(recordsOf(*renamed.manager), expected);
+
+  // The manager's root major 2 becomes 3, an encoding nobody knows.
+  const Outcome unknown(flipped(t.find("$", 0).offset + 5, 0x01));
+  EXPECT_EQ(unknown.result, StreamResult::error);
+  EXPECT_EQ(unknown.errorText, "Unrecognized version for Streamable base");
+  EXPECT_EQ(unknown.manager->recordCount(), 0u);
+  EXPECT_EQ(unknown.second, 0);
+
+  // The first record's manual flag 0 becomes 0xFF, which reads as set.
+  const Outcome flag(flipped(t.find("K", 1, 0).dataStart + 32, 0xFF));
+  EXPECT_TRUE(flag.clean());
+  expected = b.records;
+  expected[0].manualSet = true;
+  EXPECT_EQ(recordsOf(*flag.manager), expected);
+
+  // The count's top bit: 2147483651 records claimed, three there.
+  const Outcome count(flipped(t.find("N", 0).dataStart + 3, 0x80));
+  EXPECT_EQ(count.result, StreamResult::error);
+  EXPECT_NE(count.errorText.find("Record 5 of 2147483651 at offset"), std::string::npos) << count.errorText;
+  EXPECT_EQ(count.manager->recordCount(), 4u);
+}
+
+} // namespace

@@ -1,0 +1,209 @@
+#include "host/notify/Notifier.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const NotifyMsgType typeA = NotifyMsgTypeDictionary::instance().intern("notifierTestA");
+const NotifyMsgType typeB = NotifyMsgTypeDictionary::instance().intern("notifierTestB");
+
+// Each subscriber writes "<who>:<text>" (the type's name for the destruction
+// message) into one shared log, so order across subscribers is visible.
+struct Log {
+  std::vector<std::string> lines;
+  Notifier::Callback as(const std::string& who) {
+    return [this, who](const NotifyMsg& m) {
+      const bool gone = m.type == NotifyMsgTypeDictionary::objectDestroyedMsgType();
+      lines.push_back(who + ":" + (gone ? std::string("destroyed") : m.text.str()));
+      return 0;
+    };
+  }
+};
+
+using Lines = std::vector<std::string>;
+
+TEST(NotifyMsgTypeDictionaryTest, InternsEachNameOnce) {
+  auto& dict = NotifyMsgTypeDictionary::instance();
+  EXPECT_NE(typeA, anyNotifyMsgType);
+  EXPECT_NE(typeA, typeB);
+  EXPECT_EQ(dict.intern("notifierTestA"), typeA);
+  EXPECT_EQ(dict.nameOf(typeB), "notifierTestB");
+  EXPECT_EQ(dict.nameOf(NotifyMsgTypeDictionary::objectDestroyedMsgType()), "objectDestroyed");
+  EXPECT_TRUE(dict.nameOf(anyNotifyMsgType).empty());
+  EXPECT_TRUE(dict.nameOf(-1).empty());
+  EXPECT_TRUE(dict.nameOf(1 << 30).empty());
+}
+
+TEST(NotifierTest, DeliversInSubscriptionOrderWithTheTypeStamped) {
+  Notifier n;
+  Log log;
+  NotifyMsgType seen = anyNotifyMsgType;
+  auto h1 = n.registerInternal(log.as("1"));
+  auto h2 = n.registerInternal([&](const NotifyMsg& m) {
+    seen = m.type;
+    EXPECT_FALSE(m.object);
+    return 0;
+  });
+  auto h3 = n.registerInternal(log.as("3"));
+  n.issueNotification(NotifyMsg("hello"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"1:hello", "3:hello"}));
+  EXPECT_EQ(seen, typeA);
+  EXPECT_EQ(n.subscriberCount(), 3u);
+}
+
+TEST(NotifierTest, TypeFilterSelectsMessages) {
+  Notifier n;
+  Log log;
+  auto onlyA = n.registerInternal(log.as("a"), typeA);
+  auto onlyB = n.registerInternal(log.as("b"), typeB);
+  auto all = n.registerInternal(log.as("*"));
+  n.issueNotification(NotifyMsg("x"), typeA);
+  n.issueNotification(NotifyMsg("y"), typeB);
+  EXPECT_EQ(log.lines, (Lines{"a:x", "*:x", "b:y", "*:y"}));
+}
+
+TEST(NotifierTest, SubscriptionLastsWhileAHandleHoldsIt) {
+  Notifier n;
+  Log log;
+  SubscriptionHandle h = n.registerInternal(log.as("s"));
+  SubscriptionHandle copy = h;
+  h.reset();
+  EXPECT_TRUE(copy->active());
+  n.issueNotification(NotifyMsg("kept"), typeA);
+  copy.reset();
+  EXPECT_FALSE(n.hasSubscribers());
+  n.issueNotification(NotifyMsg("gone"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"s:kept"}));
+
+  // release() ends it even while handles remain, and a second release is harmless.
+  SubscriptionHandle again = n.registerInternal(log.as("r"));
+  again->release();
+  again->release();
+  EXPECT_FALSE(again->active());
+  n.issueNotification(NotifyMsg("after"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"s:kept"}));
+}
+
+TEST(NotifierTest, SubscribingInsideADeliveryHearsFromTheNextMessage) {
+  Notifier n;
+  Log log;
+  std::vector<SubscriptionHandle> added;
+  auto h = n.registerInternal([&](const NotifyMsg& m) {
+    log.lines.push_back("first:" + m.text.str());
+    if (added.size() < 2) added.push_back(n.registerInternal(log.as("new" + std::to_string(added.size()))));
+    return 0;
+  });
+  n.issueNotification(NotifyMsg("one"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"first:one"}));
+  n.issueNotification(NotifyMsg("two"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"first:one", "first:two", "new0:two"}));
+}
+
+TEST(NotifierTest, UnsubscribingInsideADeliveryStopsAtOnce) {
+  Notifier n;
+  Log log;
+  SubscriptionHandle self, later;
+  self = n.registerInternal([&](const NotifyMsg& m) {
+    log.lines.push_back("self:" + m.text.str());
+    self.reset();  // itself, while running
+    later.reset(); // one not yet reached
+    return 0;
+  });
+  auto middle = n.registerInternal(log.as("middle"));
+  later = n.registerInternal(log.as("later"));
+  n.issueNotification(NotifyMsg("one"), typeA);
+  n.issueNotification(NotifyMsg("two"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"self:one", "middle:one", "middle:two"}));
+  EXPECT_EQ(n.subscriberCount(), 1u);
+}
+
+TEST(NotifierTest, NestedNotificationFromADeliveryReachesEveryone) {
+  Notifier n;
+  Log log;
+  auto h1 = n.registerInternal([&](const NotifyMsg& m) {
+    log.lines.push_back("1:" + m.text.str());
+    if (m.text == "outer") n.issueNotification(NotifyMsg("inner"), typeB);
+    return 0;
+  });
+  auto h2 = n.registerInternal(log.as("2"));
+  n.issueNotification(NotifyMsg("outer"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"1:outer", "1:inner", "2:inner", "2:outer"}));
+}
+
+TEST(NotifierTest, DestroyedNotifierSaysSoFirstThenLeavesHandlesInert) {
+  auto n = std::make_unique<Notifier>();
+  Log log;
+  SubscriptionHandle any = n->registerInternal(log.as("any"));
+  SubscriptionHandle filtered = n->registerInternal(log.as("filtered"), typeA);
+  SubscriptionHandle gone = n->registerInternal(log.as("gone"), NotifyMsgTypeDictionary::objectDestroyedMsgType());
+  n.reset();
+  EXPECT_EQ(log.lines, (Lines{"any:destroyed", "gone:destroyed"}));
+  EXPECT_FALSE(any->active());
+  EXPECT_FALSE(filtered->active());
+  any->release();
+  any.reset();
+  filtered.reset();
+  gone.reset();
+}
+
+TEST(NotifierTest, SubscriberMayDestroyTheNotifierMidDelivery) {
+  auto n = std::make_unique<Notifier>();
+  Log log;
+  SubscriptionHandle killer = n->registerInternal([&](const NotifyMsg& m) {
+    log.lines.push_back("killer:" + std::string(m.text == "go" ? "go" : "other"));
+    if (m.text == "go") n.reset();
+    return 0;
+  });
+  SubscriptionHandle after = n->registerInternal(log.as("after"));
+  n->issueNotification(NotifyMsg("go"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"killer:go", "killer:other", "after:destroyed"}));
+  EXPECT_FALSE(after->active());
+}
+
+TEST(NotifierTest, CriticalSectionIsTakenOnlyToDeliver) {
+  Notifier n;
+  const uint64_t idle = n.criticalSection().timesEntered();
+  n.issueNotification(NotifyMsg("nobody"), typeA);
+  EXPECT_EQ(n.criticalSection().timesEntered(), idle);
+
+  uint64_t during = 0;
+  auto h = n.registerInternal([&](const NotifyMsg&) {
+    during = n.criticalSection().timesEntered();
+    return 0;
+  });
+  const uint64_t before = n.criticalSection().timesEntered();
+  n.issueNotification(NotifyMsg("someone"), typeA);
+  EXPECT_GT(during, before) << "entered before the subscriber ran";
+  EXPECT_EQ(n.criticalSection().timesEntered(), during);
+}
+
+TEST(NotifierTest, OtherThreadsWaitWhileADeliveryRuns) {
+  Notifier n;
+  std::atomic<bool> registered{false};
+  bool doneDuringDelivery = true;
+  SubscriptionHandle fromThread;
+  std::thread worker;
+  auto h = n.registerInternal([&](const NotifyMsg&) {
+    worker = std::thread([&] {
+      fromThread = n.registerInternal([](const NotifyMsg&) { return 0; });
+      registered = true;
+    });
+    // Long enough for an unguarded list to be changed under us.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    doneDuringDelivery = registered;
+    return 0;
+  });
+  n.issueNotification(NotifyMsg("slow"), typeA);
+  worker.join();
+  EXPECT_FALSE(doneDuringDelivery);
+  EXPECT_EQ(n.subscriberCount(), 2u);
+}
+
+} // namespace

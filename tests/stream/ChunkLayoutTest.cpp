@@ -1,0 +1,182 @@
+// Chunk layouts: the bytes of each layer as written, the version rewrite of
+// "L", the nesting of records in a manager, what a failed nested layer leaves
+// behind, and the compact headers of old files.
+#include <gtest/gtest.h>
+
+#include "host/core/Cookie.h"
+#include "host/notify/Log.h"
+#include "host/stream/DynamicIntegralStorage.h"
+#include "host/stream/PStream.h"
+#include "host/stream/StreamClassRegistrar.h"
+#include "node_ui/NodeUIPosManager.h"
+#include "tests/support/CorpusChains.h"
+
+using namespace testsupport;
+
+// A layer of the tests' own over the root.
+class ProbeOuter : public Streamable {
+  STRM_DECLARE_LAYER(ProbeOuter, Streamable)
+public:
+  void pack(PStream& s) const { s.setUnsignedLong(value); }
+  void unpack(PStream& s) { value = s.getUnsignedLong(); }
+  uint32_t value = 0xA1A2A3A4;
+};
+
+// A position record with one more layer, which can fail to pack.
+class FailingPosRec : public NodeUIPosRec {
+  STRM_DECLARE_LAYER(FailingPosRec, NodeUIPosRec)
+public:
+  void pack(PStream& s) const {
+    s.setCookedChar(0x5A);
+    if (fail) s.setError();
+  }
+  void unpack(PStream& s) { s.getCookedChar(); }
+  bool fail = false;
+};
+
+STRM_DEFINE_LAYER(ProbeOuter, "A")
+STRM_DEFINE_LAYER(FailingPosRec, "R")
+
+namespace {
+
+const char* const cookieText = "5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0";
+
+Cookie cookie() {
+  Cookie c;
+  EXPECT_TRUE(Cookie::fromString(cookieText, c));
+  return c;
+}
+
+std::vector<uint8_t> written(const Streamable& object, int expectedResult = StreamResult::packed) {
+  PStream s;
+  EXPECT_EQ(s.writeObject(object), expectedResult);
+  return s.bytes();
+}
+
+TEST(ChunkLayout, PositionRecordLayersAsWritten) {
+  NodeUIPosRec rec(nullptr, IdStamp(1, 2, 3), cookie());
+  rec.setDrawPosition(1.5, -2.0, false);
+  rec.setManualPos(3.0, 4.0);
+  const PosRecImage image{IdStamp(1, 2, 3), cookieText, 1.5, -2.0, 3.0, 4.0, 1};
+
+  // Stated field by field: root 2.0 with no data, "L" rewritten as 1.1 with
+  // the cookie text, "K" 1.0 with its 33 bytes.
+  const std::vector<uint8_t> l = recBaseOwn(image);
+  const std::vector<uint8_t> k = posOwn(image);
+  ASSERT_EQ(l.size(), 1 + 12 + 4 + 36u);
+  ASSERT_EQ(k.size(), 33u);
+  const uint32_t kChunk = 15 + 33, lChunk = 15 + static_cast<uint32_t>(l.size());
+  ByteWriter expected;
+  expected.header("$", 2, 0, 0, lChunk + kChunk);
+  expected.header("L", 1, 1, static_cast<uint32_t>(l.size()), static_cast<uint32_t>(l.size()) + kChunk).raw(l);
+  expected.header("K", 1, 0, 33, 33).raw(k);
+  EXPECT_EQ(written(rec), expected.bytes);
+  EXPECT_EQ(expected.bytes, posRecChain(image));
+  EXPECT_EQ(NodeUIRecBase::STRM_layerVersion(&rec), (StreamLayerVersion{1, 1}));
+  EXPECT_EQ(NodeUIPosRec::STRM_layerVersion(&rec), (StreamLayerVersion{1, 0}));
+}
+
+TEST(ChunkLayout, ManagerNestsWholeRecordChainsAfterTheCount) {
+  NodeUIPosManager manager;
+  NodeUIPosRec* a = manager.createPosRec(IdStamp(2, 0, 1), cookie());
+  NodeUIPosRec* b = manager.createPosRec(IdStamp(3, 0, 1), cookie());
+  a->setDrawPosition(0.25, 0.5, false);
+  b->setManualPos(-1, 1);
+  const std::vector<uint8_t> expected =
+      posManagerChain({posRecChain({IdStamp(2, 0, 1), cookieText, 0.25, 0.5, 0, 0, 0}),
+                       posRecChain({IdStamp(3, 0, 1), cookieText, 0, 0, -1, 1, 1})});
+  EXPECT_EQ(written(manager), expected);
+
+  NodeUIPosManager empty;
+  EXPECT_EQ(written(empty), posManagerChain({}));
+}
+
+TEST(ChunkLayout, HierarchyNamesAndRegisteredBuilders) {
+  NodeUIPosRec rec;
+  NodeUIPosManager manager;
+  EXPECT_EQ(rec.hierarchyName(false, false), "NodeUIRecBase.NodeUIPosRec");
+  EXPECT_EQ(rec.hierarchyName(true, false), "Streamable.NodeUIRecBase.NodeUIPosRec");
+  EXPECT_EQ(rec.hierarchyName(true, true), "$.L.K");
+  EXPECT_EQ(rec.hierarchyName(false, true), "L.K");
+  EXPECT_EQ(manager.hierarchyName(false, false), "Taggable.NodeUIManagerBase.NodeUIPosManager");
+  EXPECT_EQ(manager.hierarchyName(true, true), "$.T.N.J");
+  EXPECT_EQ(NodeUIManagerBase::subHierarchyName(true, true), "$.T.N");
+  EXPECT_EQ(FailingPosRec::subHierarchyName(true, true), "$.L.K.R");
+  EXPECT_EQ(ProbeOuter::subHierarchyName(false, false), "ProbeOuter");
+
+  for (const char* name : {"$.L", "$.L.K", "$.T.N", "$.T.N.J", "Streamable.NodeUIRecBase.NodeUIPosRec",
+                           "Streamable.Taggable.NodeUIManagerBase.NodeUIPosManager"})
+    EXPECT_NE(StreamClassRegistrar::findBuilder(name), nullptr) << name;
+  // Only the classes that can be made from a stream are registered.
+  EXPECT_EQ(StreamClassRegistrar::findBuilder("$.T"), nullptr);
+  EXPECT_EQ(StreamClassRegistrar::findBuilder("$.L.K.R"), nullptr);
+}
+
+TEST(ChunkLayout, FailedNestedLayerLeavesPlaceholdersAndTheFirstHeaderOfL) {
+  FailingPosRec rec;
+  const PosRecImage image{IdStamp(), invalid_cookie.asString().str()};
+  std::vector<LayerImage> layers = posRecLayers(image);
+  layers.push_back({"R", 1, 0, {0x5A}});
+  EXPECT_EQ(written(rec), chainImage(layers));
+
+  // The failing layer finishes its own header. The layers around it keep
+  // their placeholder sizes, and "L" the 1.0 it was first written with.
+  rec.fail = true;
+  ByteWriter expected;
+  expected.header("$", 2, 0, 0xFFFFFFFF, 0xFFFFFFFF);
+  expected.header("L", 1, 0, 0xFFFFFFFF, 0xFFFFFFFF).raw(recBaseOwn(image));
+  expected.header("K", 1, 0, 0xFFFFFFFF, 0xFFFFFFFF).raw(posOwn(image));
+  expected.header("R", 1, 0, 1, 1).u8(0x5A);
+  EXPECT_EQ(written(rec, StreamResult::error), expected.bytes);
+}
+
+TEST(ChunkLayout, CompactIntegersEscapeAtTheirThresholds) {
+  using Versions = DynamicIntegralStorage<uint8_t, uint16_t>;
+  using Sizes = DynamicIntegralStorage<uint16_t, uint32_t>;
+  StreamFile s;
+  Versions::pack(s, 254);
+  Versions::pack(s, 255);
+  Versions::pack(s, 0xFFFF);
+  Sizes::pack(s, 65534);
+  Sizes::pack(s, 65535);
+  Sizes::pack(s, 0xFFFFFFFF);
+  ByteWriter expected;
+  expected.u8(254).u8(255).u16(255).u8(255).u16(0xFFFF);
+  expected.u16(65534).u16(65535).u32(65535).u16(65535).u32(0xFFFFFFFF);
+  ASSERT_EQ(s.bytes(), expected.bytes);
+
+  s.seek(0);
+  EXPECT_EQ(Versions::unpack(s), 254);
+  EXPECT_EQ(Versions::unpack(s), 255);
+  EXPECT_EQ(Versions::unpack(s), 0xFFFF);
+  EXPECT_EQ(Sizes::unpack(s), 65534u);
+  EXPECT_EQ(Sizes::unpack(s), 65535u);
+  EXPECT_EQ(Sizes::unpack(s), 0xFFFFFFFFu);
+  EXPECT_TRUE(s.eof());
+  EXPECT_FALSE(s.error());
+}
+
+TEST(ChunkLayout, CompactRootSwitchesEveryFollowingHeaderIncludingItsOwnSizes) {
+  // Escapes everywhere: the root's total, the minor 255 and the sizes 65535.
+  std::vector<uint8_t> own(65535, 0);
+  own[0] = 0x11;
+  const std::vector<uint8_t> bytes = compactChainImage({{"$", 1, 0, {}}, {"A", 1, 255, own}});
+  // "$": count and name (5 bytes), major 1, minor, own size 0 (16-bit), escaped total.
+  ASSERT_EQ(bytes[5], 1);
+  ASSERT_EQ(bytes[9], 0xFF);
+  ASSERT_EQ(bytes[10], 0xFF);
+
+  PStream s(bytes);
+  LogChannel::Capture log(Log::channel());
+  ProbeOuter probe;
+  EXPECT_EQ(probe.STRM_hierarchyUnpack(s), StreamResult::layerRead);
+  EXPECT_EQ(probe.value, 0x11u);
+  EXPECT_EQ(s.formatNumber(), 1);
+  EXPECT_TRUE(s.eof());
+  EXPECT_TRUE(s.errorText().empty());
+  ASSERT_EQ(log.messages().size(), 1u);
+  EXPECT_EQ(log.messages()[0], "Warning: Not all object data was read while unpacking object ProbeOuter, layer "
+                               "ProbeOuter v1.255, 65531/65535 bytes unread.\n");
+}
+
+} // namespace

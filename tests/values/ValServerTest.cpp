@@ -1,0 +1,211 @@
+#include "values/ValServer.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "values/ValClient.h"
+
+namespace {
+
+// What a client heard: "pre" or "changed", the server, and its value then.
+struct Heard {
+  std::string what;
+  ValServer<double>* server;
+  double value;
+  bool operator==(const Heard&) const = default;
+};
+using HeardList = std::vector<Heard>;
+
+struct Listener {
+  HeardList heard;
+  ValObserver<double> client{[this](ValServer<double>* s) {
+                               heard.push_back({"changed", s, s->getValue()});
+                             },
+                             [this](ValServer<double>* s) {
+                               heard.push_back({"pre", s, s->getValue()});
+                             }};
+};
+
+TEST(ValServerTest, AssignmentStoresAndNotifiesEveryTime) {
+  ValServer<double> zoom(1.0);
+  Listener a, b;
+  a.client.registerWith(&zoom);
+  b.client.registerWith(&zoom);
+  zoom = 2.0;
+  zoom = 2.0; // no equality test: the same value is news again
+  EXPECT_TRUE(zoom.updateAndNotify(3.0));
+  EXPECT_EQ(zoom.getValue(), 3.0);
+  EXPECT_EQ(a.heard, (HeardList{{"changed", &zoom, 2.0}, {"changed", &zoom, 2.0}, {"changed", &zoom, 3.0}}));
+  EXPECT_EQ(b.heard, a.heard);
+}
+
+TEST(ValServerTest, PreChangeAndQuietStoreAreDistinct) {
+  ValServer<double> v(1.0);
+  Listener l;
+  l.client.registerWith(&v);
+  v.preNotifyValChanged();
+  v.setValueQuietly(5.0);
+  v.notifyValChanged();
+  EXPECT_EQ(l.heard, (HeardList{{"pre", &v, 1.0}, {"changed", &v, 5.0}}));
+}
+
+TEST(ValServerTest, IssuedEventIsStampedWithTypeAndSource) {
+  ValServer<double> v;
+  NotifierEvent<double> heard;
+  auto h = v.registerInternal([&](const NotifierEvent<double>& e) {
+    heard = e;
+    return 0;
+  });
+  NotifierEvent<double> event;
+  event.value = 9.0;
+  v.issueNotification(event, ValServerBase::preValChangedMsgType_);
+  EXPECT_EQ(heard.type, ValServerBase::preValChangedMsgType_);
+  EXPECT_EQ(heard.value, 9.0);
+  EXPECT_EQ(heard.source, &v);
+  EXPECT_NE(ValServerBase::valChangedMsgType_, ValServerBase::preValChangedMsgType_);
+}
+
+TEST(ValServerTest, CriticalSectionIsTakenOnlyWithSubscribers) {
+  ValServer<double> v;
+  const uint64_t start = v.criticalSection().timesEntered();
+  v = 1.0;
+  v.preNotifyValChanged();
+  EXPECT_EQ(v.getValue(), 1.0);
+  EXPECT_EQ(v.criticalSection().timesEntered(), start);
+
+  Listener l;
+  l.client.registerWith(&v);
+  const uint64_t subscribed = v.criticalSection().timesEntered();
+  v = 2.0;
+  EXPECT_GT(v.criticalSection().timesEntered(), subscribed);
+}
+
+// A server that judges its own values: assignment must go through the override.
+struct EvenOnly : ValServer<double> {
+  using ValServer<double>::operator=;
+  bool updateAndNotify(const double& value) override {
+    return static_cast<long>(value) % 2 == 0 && ValServer<double>::updateAndNotify(value);
+  }
+};
+
+TEST(ValServerTest, AssignmentGoesThroughTheVirtualUpdate) {
+  EvenOnly v;
+  v = 3.0;
+  EXPECT_EQ(v.getValue(), 0.0);
+  v = 4.0;
+  EXPECT_EQ(v.getValue(), 4.0);
+}
+
+TEST(ValClientTest, DisabledClientHearsNothingButStaysSubscribed) {
+  ValServer<double> v;
+  Listener l;
+  l.client.registerWith(&v);
+  l.client.disable();
+  l.client.disable();
+  v = 1.0;
+  v.preNotifyValChanged();
+  l.client.enable();
+  v = 2.0;
+  EXPECT_TRUE(l.heard.empty());
+  EXPECT_EQ(v.subscriberCount(), 1u);
+  EXPECT_EQ(l.client.getServer(), &v);
+  l.client.enable();
+  v = 3.0;
+  EXPECT_EQ(l.heard, (HeardList{{"changed", &v, 3.0}}));
+}
+
+TEST(ValClientTest, FollowsAtMostOneServer) {
+  ValServer<double> first, second;
+  Listener l;
+  l.client.registerWith(&first);
+  l.client.registerWith(&first); // the same server: still one subscription
+  EXPECT_EQ(first.subscriberCount(), 1u);
+  first = 1.0;
+
+  l.client.registerWith(&second);
+  EXPECT_EQ(first.subscriberCount(), 0u);
+  first = 2.0;
+  second = 3.0;
+
+  l.client.registerWith(nullptr);
+  EXPECT_EQ(second.subscriberCount(), 0u);
+  EXPECT_EQ(l.client.getServer(), nullptr);
+  second = 4.0;
+  EXPECT_EQ(l.heard, (HeardList{{"changed", &first, 1.0}, {"changed", &second, 3.0}}));
+}
+
+TEST(ValClientTest, ClientDestroyedFirstUnsubscribes) {
+  ValServer<double> v;
+  {
+    Listener l;
+    l.client.registerWith(&v);
+  }
+  EXPECT_FALSE(v.hasSubscribers());
+  v = 1.0;
+}
+
+TEST(ValClientTest, ServerDestroyedFirstIsForgottenSilently) {
+  Listener enabled, disabled;
+  disabled.client.disable();
+  {
+    ValServer<double> v;
+    enabled.client.registerWith(&v);
+    disabled.client.registerWith(&v);
+  }
+  for (Listener* l : {&enabled, &disabled}) {
+    EXPECT_EQ(l->client.getServer(), nullptr);
+    EXPECT_TRUE(l->heard.empty());
+  }
+  // Free to follow another server; re-registering must not be mistaken for "already held".
+  ValServer<double> next;
+  enabled.client.registerWith(&next);
+  next = 7.0;
+  EXPECT_EQ(enabled.heard, (HeardList{{"changed", &next, 7.0}}));
+}
+
+struct Multi : MultiValClient<double> {
+  HeardList heard;
+  void valChangedNtfy(ValServer<double>* s) override { heard.push_back({"changed", s, s->getValue()}); }
+  void valPreChangedNtfy(ValServer<double>* s) override { heard.push_back({"pre", s, s->getValue()}); }
+};
+
+TEST(MultiValClientTest, HearsEachRegisteredServerOnce) {
+  ValServer<double> x, y;
+  Multi m;
+  m.registerWith(&x);
+  m.registerWith(&y);
+  m.registerWith(&x);
+  m.registerWith(nullptr);
+  EXPECT_EQ(m.registrationCount(), 2u);
+  x = 1.0;
+  y = 2.0;
+  y.preNotifyValChanged();
+  m.deregisterFrom(&x);
+  EXPECT_FALSE(x.hasSubscribers());
+  x = 3.0;
+  m.disable();
+  y = 4.0;
+  EXPECT_EQ(m.heard, (HeardList{{"changed", &x, 1.0}, {"changed", &y, 2.0}, {"pre", &y, 2.0}}));
+  EXPECT_TRUE(m.isRegisteredWith(&y));
+}
+
+TEST(MultiValClientTest, ServerDestroyedFirstDropsJustItsRegistration) {
+  ValServer<double> x, z;
+  auto y = std::make_unique<ValServer<double>>();
+  Multi m;
+  m.registerWith(&x);
+  m.registerWith(y.get());
+  m.registerWith(&z);
+  ValServer<double>* gone = y.get();
+  y.reset();
+  EXPECT_EQ(m.registrationCount(), 2u);
+  EXPECT_FALSE(m.isRegisteredWith(gone));
+  x = 1.0;
+  z = 2.0;
+  EXPECT_EQ(m.heard, (HeardList{{"changed", &x, 1.0}, {"changed", &z, 2.0}}));
+}
+
+} // namespace
