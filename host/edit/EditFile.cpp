@@ -18,6 +18,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/edit/GraphNodeKinds.h"
+#include "host/edit/ProjectDatabase.h"
 #include "host/stream/ObjectsFile.h"
 
 using nlohmann::json;
@@ -262,6 +263,11 @@ private:
       Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(nodeId, name, media, source, type));
       m->setMaterialCookie(n.contains("cookie") ? readCookie(n["cookie"], at + "/cookie")
                                                 : Cookie::generate(Cookie::materialKind));
+      // The project database knows every shot an edit uses.
+      dbrecord& shot = EditManager::getProjdb().recordFor(m->getMaterialCookie());
+      shot.set_field("name", toUTF8(name).str());
+      shot.set_field("media", mediaKind);
+      shot.set_field("source", source);
       if (n.contains("materialKind")) {
         const json& k = n["materialKind"];
         if (!k.is_array() || k.size() != 2 || !k[0].is_number_integer() || !k[1].is_number_integer())

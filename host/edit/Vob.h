@@ -42,6 +42,9 @@ public:
   void makeBackup();
   bool undo();
   bool redo();
+  // The requests of the host's undo and redo commands.
+  bool undoRequest() { return undo(); }
+  bool redoRequest() { return redo(); }
   bool canUndo() const;
   bool canRedo() const;
 
