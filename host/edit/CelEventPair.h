@@ -13,6 +13,7 @@ public:
   IdStamp id() const;
   // Makes the node the head of the cel's graph (the cel becomes a graph cel).
   bool setEffectGraph(const IdStamp& head);
+  const EditPtr& edit() const noexcept { return edit_; }
 
 private:
   EditPtr edit_;

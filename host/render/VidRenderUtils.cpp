@@ -1,0 +1,263 @@
+#include "host/render/VidRenderUtils.h"
+
+// Map
+//   pixels ........ colour mixing on premultiplied ARGB
+//   sources ....... test cards, picture files, imported images, mattes
+//   effects ....... mix, wipe, picture in picture, colour correction
+//   walk .......... the recursive render of a graph position
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <set>
+
+#include <cairo.h>
+
+#include "host/edit/GraphNodeKinds.h"
+#include "host/render/ImageCache.h"
+#include "host/render/MaterialManager.h"
+#include "host/render/StillsCache.h"
+
+namespace Render {
+namespace {
+
+std::atomic<unsigned> rendered{0};
+
+using Image = Ux::Ptr<UxImage>;
+
+Image blank(int w, int h) {
+  Image image(new UxImage(w, h));
+  image->fill(Colour(0, 0, 0, 1));
+  return image;
+}
+
+// -- pixels -------------------------------------------------------------------
+
+struct Rgba {
+  double r, g, b, a;
+};
+Rgba unpack(uint32_t p) {
+  return {((p >> 16) & 255) / 255.0, ((p >> 8) & 255) / 255.0, (p & 255) / 255.0, ((p >> 24) & 255) / 255.0};
+}
+uint32_t pack(const Rgba& c) {
+  auto byte = [](double v) { return static_cast<uint32_t>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0)); };
+  return byte(c.a) << 24 | byte(c.r) << 16 | byte(c.g) << 8 | byte(c.b);
+}
+
+// -- sources ------------------------------------------------------------------
+
+Image testCard(const std::string& pattern, int w, int h) {
+  Image image(new UxImage(w, h));
+  if (pattern == "grid") {
+    image->fill(Colour(0.2, 0.2, 0.22));
+    const int step = std::max(2, w / 16);
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x)
+        if (x % step == 0 || y % step == 0) image->setPixel(x, y, Colour(0.85, 0.85, 0.85));
+  } else if (pattern == "ramp") {
+    for (int x = 0; x < w; ++x) {
+      const double v = w > 1 ? double(x) / (w - 1) : 0;
+      for (int y = 0; y < h; ++y) image->setPixel(x, y, Colour(v, v, v));
+    }
+  } else if (pattern.starts_with("solid:")) {
+    double c[3] = {0, 0, 0};
+    const char* p = pattern.c_str() + 6;
+    for (double& v : c) {
+      char* end = nullptr;
+      v = std::clamp(std::strtod(p, &end), 0.0, 1.0);
+      p = *end == ',' ? end + 1 : end;
+    }
+    image->fill(Colour(c[0], c[1], c[2]));
+  } else {
+    // Colour bars, left to right; anything unknown shows bars too.
+    static const Colour bars[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0}, {1, 0, 1}, {1, 0, 0}, {0, 0, 1}};
+    for (int x = 0; x < w; ++x) {
+      const Colour& c = bars[std::min(6, x * 7 / std::max(1, w))];
+      for (int y = 0; y < h; ++y) image->setPixel(x, y, c);
+    }
+  }
+  return image;
+}
+
+// Draws a picture into a box of a frame (x, y from the top-left, in pixels).
+void paste(UxImage& frame, const UxImage& picture, double x, double y, double w, double h) {
+  if (w <= 0 || h <= 0 || picture.width() == 0 || picture.height() == 0) return;
+  cairo_surface_t* dst =
+      cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(frame.data()), CAIRO_FORMAT_ARGB32,
+                                          frame.width(), frame.height(), frame.stride());
+  cairo_surface_t* src =
+      cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(const_cast<uint32_t*>(picture.data())),
+                                          CAIRO_FORMAT_ARGB32, picture.width(), picture.height(), picture.stride());
+  cairo_t* cr = cairo_create(dst);
+  cairo_translate(cr, x, y);
+  cairo_scale(cr, w / picture.width(), h / picture.height());
+  cairo_set_source_surface(cr, src, 0, 0);
+  cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+  cairo_paint(cr);
+  cairo_destroy(cr);
+  cairo_surface_flush(dst);
+  cairo_surface_destroy(src);
+  cairo_surface_destroy(dst);
+}
+
+// A picture fitted whole into the frame, keeping its shape, over a ground:
+// black for material, clear for an imported image so that what it is laid
+// over shows through its transparent parts.
+Image letterboxed(const Image& picture, int w, int h, bool clearGround = false) {
+  Image frame = clearGround ? Image(new UxImage(w, h)) : blank(w, h);
+  if (!picture) return frame;
+  const double k = std::min(double(w) / picture->width(), double(h) / picture->height());
+  const double pw = picture->width() * k, ph = picture->height() * k;
+  paste(*frame, *picture, (w - pw) / 2, (h - ph) / 2, pw, ph);
+  return frame;
+}
+
+Image matte(const ComplexBackgroundEffect& bg, double t, int w, int h) {
+  Image image(new UxImage(w, h));
+  if (bg.isFlat()) {
+    image->fill(bg.getColour(t, 0));
+    return image;
+  }
+  // From the first colour at the bottom to the second at the top; rows run top first.
+  const Colour bottom = bg.getColour(t, 0), top = bg.getColour(t, 1);
+  for (int y = 0; y < h; ++y) {
+    const double k = h > 1 ? double(h - 1 - y) / (h - 1) : 0;
+    const Colour c(bottom.r + (top.r - bottom.r) * k, bottom.g + (top.g - bottom.g) * k,
+                   bottom.b + (top.b - bottom.b) * k);
+    for (int x = 0; x < w; ++x) image->setPixel(x, y, c);
+  }
+  return image;
+}
+
+// -- effects ------------------------------------------------------------------
+
+Image mix(const Image& a, const Image& b, double amount) {
+  amount = std::clamp(amount, 0.0, 1.0);
+  Image out(new UxImage(a->width(), a->height()));
+  const std::size_t n = static_cast<std::size_t>(a->width()) * a->height();
+  for (std::size_t i = 0; i < n; ++i) {
+    const Rgba p = unpack(a->data()[i]), q = unpack(b->data()[i]);
+    out->data()[i] = pack({p.r + (q.r - p.r) * amount, p.g + (q.g - p.g) * amount, p.b + (q.b - p.b) * amount,
+                           p.a + (q.a - p.a) * amount});
+  }
+  return out;
+}
+
+Image wipe(const Image& a, const Image& b, double position) {
+  Image out(new UxImage(a->width(), a->height()));
+  const int split = static_cast<int>(std::lround(std::clamp(position, 0.0, 1.0) * a->width()));
+  for (int y = 0; y < a->height(); ++y)
+    for (int x = 0; x < a->width(); ++x) out->row(y)[x] = (x < split ? a : b)->row(y)[x];
+  return out;
+}
+
+// The foreground scaled and centred at (x, y), fractions of the frame with y up.
+Image pictureInPicture(const Image& fg, const Image& bg, double x, double y, double scale) {
+  Image out(new UxImage(bg->width(), bg->height()));
+  std::copy_n(bg->data(), static_cast<std::size_t>(bg->width()) * bg->height(), out->data());
+  scale = std::clamp(scale, 0.0, 1.0);
+  const double w = fg->width() * scale, h = fg->height() * scale;
+  paste(*out, *fg, x * bg->width() - w / 2, (1 - y) * bg->height() - h / 2, w, h);
+  return out;
+}
+
+Image colourCorrect(const Image& in, const std::vector<double>& gain) {
+  const double gr = gain.size() > 0 ? gain[0] : 1, gg = gain.size() > 1 ? gain[1] : gr,
+               gb = gain.size() > 2 ? gain[2] : gr;
+  Image out(new UxImage(in->width(), in->height()));
+  const std::size_t n = static_cast<std::size_t>(in->width()) * in->height();
+  for (std::size_t i = 0; i < n; ++i) {
+    const Rgba p = unpack(in->data()[i]);
+    out->data()[i] = pack({std::min(p.a, p.r * gr), std::min(p.a, p.g * gg), std::min(p.a, p.b * gb), p.a});
+  }
+  return out;
+}
+
+void applyLUT(UxImage& image, const ViewLUT& lut) {
+  const std::size_t n = static_cast<std::size_t>(image.width()) * image.height();
+  for (std::size_t i = 0; i < n; ++i) {
+    const uint32_t p = image.data()[i];
+    image.data()[i] = (p & 0xFF000000u) | uint32_t(lut.table[0][(p >> 16) & 255]) << 16 |
+                      uint32_t(lut.table[1][(p >> 8) & 255]) << 8 | uint32_t(lut.table[2][p & 255]);
+  }
+}
+
+// -- walk ---------------------------------------------------------------------
+
+class Walk {
+public:
+  Walk(EditGraphIterator at, int w, int h) : at_(std::move(at)), w_(w), h_(h) {}
+
+  Image node() {
+    Ux::Ptr<FXGraphNodeBase> here = at_.getNode();
+    if (!here) return blank(w_, h_);
+    // A node already on the path above closes a cycle: it shows black there.
+    for (int d = 0; d < at_.getDepth(); ++d)
+      if (at_.getNode(d) == here) return blank(w_, h_);
+    const double t = at_.getTime();
+
+    if (auto* m = dynamic_cast<MaterialUsageNode*>(here.get())) {
+      if (m->getTrackType() != TrackType::video || m->getMedia() == MaterialUsageNode::Media::tone)
+        return blank(w_, h_);
+      if (m->getMedia() == MaterialUsageNode::Media::testCard) return testCard(m->getSource().str(), w_, h_);
+      return letterboxed(ImageCache::loadImage(path(m->getSource().str()), nullptr, 0, 0), w_, h_);
+    }
+    auto* effect = dynamic_cast<EffectInstance*>(here.get());
+    if (!effect || effect->getTrackType() != TrackType::video) return blank(w_, h_);
+    if (auto* image = dynamic_cast<ImageImportEffect*>(effect))
+      return letterboxed(
+          ImageCache::loadImage(MaterialManager::findFileForImageClip(*image, *at_.getEdit()), nullptr, 0, 0), w_, h_,
+          true);
+    if (auto* bg = dynamic_cast<ComplexBackgroundEffect*>(effect)) return matte(*bg, t, w_, h_);
+    // A bypassed effect and a stand-in show what feeds them.
+    if (!effect->isActive() || dynamic_cast<AliasedInputEffect*>(effect)) return input(0);
+
+    const LightweightString<char> tag = effect->tagTypeId();
+    if (tag == "mix") return mix(input(0), input(1), effect->param("amount", 0.5));
+    if (tag == "wipe") return wipe(input(0), input(1), effect->param("position", 0.5));
+    if (tag == "pip")
+      return pictureInPicture(input(0), input(1), effect->param("x", 0.75), effect->param("y", 0.75),
+                              effect->param("scale", 0.33));
+    if (tag == "colourcorrect") return colourCorrect(input(0), effect->paramValues("gain"));
+    return input(0);
+  }
+
+private:
+  Image input(int i) {
+    if (!at_.moveToInput(i)) return blank(w_, h_);
+    Image picture = node();
+    at_.moveBack();
+    return picture;
+  }
+  std::string path(const std::string& file) const {
+    if (file.empty() || file.front() == '/') return file;
+    const std::string& folder = at_.getEdit()->getFolder();
+    return folder.empty() ? file : folder + "/" + file;
+  }
+
+  EditGraphIterator at_;
+  int w_, h_;
+};
+
+} // namespace
+
+Ux::Ptr<UxImage> VidRenderUtils::renderStill(const RenderContext& context) {
+  const VideoFormat& f = context.format();
+  if (!f.valid() || f.width > DigitalVideoFormats::maxSide || f.height > DigitalVideoFormats::maxSide) return nullptr;
+  ++rendered;
+  Image picture = context.iterator().isValid() && context.iterator().getEdit()
+                      ? Walk(context.iterator(), f.width, f.height).node()
+                      : blank(f.width, f.height);
+  if (context.hasViewLUT()) applyLUT(*picture, context.viewLUT());
+  return picture;
+}
+
+void VidRenderUtils::unRender(const CelEventPair& cel, bool) {
+  ce_handle graph = cel.getEffectHandle();
+  if (!graph.valid() || !graph.id().valid()) return;
+  StillsCache::instance().forgetGraph(graph.edit(), graph.id());
+}
+
+unsigned VidRenderUtils::stillsRendered() { return rendered.load(); }
+
+} // namespace Render

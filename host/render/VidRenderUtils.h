@@ -1,0 +1,22 @@
+#pragma once
+#include "host/FxHostApi.h"
+#include "host/edit/CelEventPair.h"
+#include "host/render/RenderContext.h"
+
+namespace Render {
+
+// Renders stills of graph positions: materials are generated test cards or
+// picture files, effects a few real operations (mix, wipe, picture in
+// picture, colour correction, flat and gradient mattes); an aliased input,
+// an unknown or a bypassed effect shows its input 0; a free input is black.
+struct FXHOST_API VidRenderUtils {
+  // The picture at the context's position; black when there is nothing to
+  // show; null only for an invalid format.
+  static Ux::Ptr<UxImage> renderStill(const RenderContext& context);
+  // Drops the cached stills of the cel's graph.
+  static void unRender(const CelEventPair& cel, bool everyFrame);
+  // Stills rendered so far in this process.
+  static unsigned stillsRendered();
+};
+
+} // namespace Render
