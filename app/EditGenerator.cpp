@@ -58,9 +58,9 @@ private:
       edit_.addNode(Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(
           id, L"Matte", ComplexBackgroundEffect::Mode::flat, Colour(dice_.unit(), dice_.unit(), dice_.unit()))));
     } else {
-      edit_.addNode(Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(
-          id, L"Clip " + toWide(std::to_string(id.third())), MaterialUsageNode::Media::testCard,
-          testCards[dice_.below(3)])));
+      edit_.addNode(Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(id, L"Clip " + toWide(std::to_string(id.third())),
+                                                                   MaterialUsageNode::Media::testCard,
+                                                                   testCards[dice_.below(3)])));
     }
     return id;
   }
@@ -108,9 +108,12 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
         message = "fxgraph gen-edit: " + arg + " wants a whole number";
         return 2;
       }
-      if (arg == "--nodes") nodes = static_cast<unsigned long>(v);
-      else if (arg == "--tree-size") treeSize = static_cast<unsigned long>(v);
-      else seed = v;
+      if (arg == "--nodes")
+        nodes = static_cast<unsigned long>(v);
+      else if (arg == "--tree-size")
+        treeSize = static_cast<unsigned long>(v);
+      else
+        seed = v;
     } else if (out.empty() && !arg.starts_with("--")) {
       out = arg;
     } else {

@@ -67,8 +67,7 @@ int pack(const std::string& jsonPath, const std::string& outPath, std::ostream& 
   try {
     doc = nlohmann::json::parse(text);
   } catch (const nlohmann::json::parse_error& e) {
-    err << "fxgraph: " << jsonPath << ": " << lineAndColumn(text, e.byte > 0 ? e.byte - 1 : 0)
-        << ": not valid JSON\n";
+    err << "fxgraph: " << jsonPath << ": " << lineAndColumn(text, e.byte > 0 ? e.byte - 1 : 0) << ": not valid JSON\n";
     return 1;
   }
   Ux::Ptr<NodeUIPosManager> manager(new NodeUIPosManager());
@@ -150,12 +149,16 @@ int dump(const std::string& path, std::ostream& out, std::ostream& err) {
   // The error text may quote bytes of the file that are not UTF-8.
   out << doc.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
   if (clean(r)) return 0;
-  if (!r.file.problem.empty()) err << "fxgraph: " << path << ": " << trimmed(r.file.problem.str()) << "\n";
-  else if (!r.found) err << "fxgraph: " << path << ": holds no \"" << NodeUIPosManager::bindingName << "\"\n";
+  if (!r.file.problem.empty())
+    err << "fxgraph: " << path << ": " << trimmed(r.file.problem.str()) << "\n";
+  else if (!r.found)
+    err << "fxgraph: " << path << ": holds no \"" << NodeUIPosManager::bindingName << "\"\n";
   else if (r.managerResult != StreamResult::layerRead)
     err << "fxgraph: " << path << ": position records read with result " << r.managerResult << " ("
         << resultMeaning(r.managerResult) << ")\n";
-  else err << "fxgraph: " << path << ": position records read, but damaged: " << doc["errorText"].get<std::string>() << "\n";
+  else
+    err << "fxgraph: " << path << ": position records read, but damaged: " << doc["errorText"].get<std::string>()
+        << "\n";
   return 1;
 }
 
@@ -164,7 +167,8 @@ std::string printable(const LightweightString<char>& name) {
   if (name.empty()) return "(none)";
   std::string out;
   for (unsigned char c : name.str()) {
-    if (c >= 0x20 && c < 0x7F) out += static_cast<char>(c);
+    if (c >= 0x20 && c < 0x7F)
+      out += static_cast<char>(c);
     else {
       char hex[5];
       std::snprintf(hex, sizeof hex, "\\x%02X", c);
@@ -211,7 +215,9 @@ int inspect(const std::string& path, std::ostream& out, std::ostream& err) {
   std::size_t next = 0;
   for (const auto& e : r.file.entries) {
     out << "object \"" << printable(e.name) << "\" (" << printable(e.kind) << ") at " << e.offset << "\n";
-    for (; next < tree.chunks.size() && tree.chunks[next].header.offset < (&e == &r.file.entries.back() ? UINT64_MAX : (&e + 1)->offset); ++next) {
+    for (; next < tree.chunks.size() &&
+           tree.chunks[next].header.offset < (&e == &r.file.entries.back() ? UINT64_MAX : (&e + 1)->offset);
+         ++next) {
       const auto& c = tree.chunks[next];
       std::ostringstream version, name;
       version << c.header.major << "." << c.header.minor;

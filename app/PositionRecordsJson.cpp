@@ -20,10 +20,14 @@ bool readNumber(const nlohmann::json& j, double& out) {
   }
   if (j.is_string()) {
     const std::string s = j.get<std::string>();
-    if (s == "NaN") out = std::numeric_limits<double>::quiet_NaN();
-    else if (s == "Infinity") out = std::numeric_limits<double>::infinity();
-    else if (s == "-Infinity") out = -std::numeric_limits<double>::infinity();
-    else return false;
+    if (s == "NaN")
+      out = std::numeric_limits<double>::quiet_NaN();
+    else if (s == "Infinity")
+      out = std::numeric_limits<double>::infinity();
+    else if (s == "-Infinity")
+      out = -std::numeric_limits<double>::infinity();
+    else
+      return false;
     return true;
   }
   return false;
@@ -83,7 +87,8 @@ bool recordsFromJson(const nlohmann::json& doc, NodeUIPosManager& manager, std::
     };
     if (!rec.is_object()) return fail("must be an object");
     ParsedRecord p;
-    if (!rec.contains("node") || !rec["node"].is_string() || !IdStamp::fromString(rec["node"].get<std::string>(), p.node))
+    if (!rec.contains("node") || !rec["node"].is_string() ||
+        !IdStamp::fromString(rec["node"].get<std::string>(), p.node))
       return fail("\"node\" must be an id such as \"1.2.3\"");
     if (rec.contains("cookie")) {
       if (!rec["cookie"].is_string() || !Cookie::fromString(rec["cookie"].get<std::string>(), p.cookie))

@@ -1,7 +1,8 @@
 #include "app/WindowLoop.h"
 
-#include <SDL.h>
 #include <cstdlib>
+
+#include <SDL.h>
 
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
@@ -10,9 +11,7 @@ namespace fxgraph {
 namespace {
 
 // SDL counts y down from the top; the host's pixels count up from the bottom.
-XY<int> toScreen(int x, int y) {
-  return {x, GlobManager::screenSize().y - 1 - y};
-}
+XY<int> toScreen(int x, int y) { return {x, GlobManager::screenSize().y - 1 - y}; }
 
 unsigned modifiersOf(Uint16 mod) {
   unsigned bits = 0;
@@ -73,8 +72,10 @@ bool translate(const SDL_Event& e) {
     GlobManager::dispatch(h);
     break;
   case SDL_WINDOWEVENT:
-    if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) GlobManager::resizeScreen(e.window.data1, e.window.data2);
-    else if (e.window.event == SDL_WINDOWEVENT_EXPOSED) GlobManager::invalidate();
+    if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED)
+      GlobManager::resizeScreen(e.window.data1, e.window.data2);
+    else if (e.window.event == SDL_WINDOWEVENT_EXPOSED)
+      GlobManager::invalidate();
     break;
   default:
     break;
@@ -141,9 +142,8 @@ bool runWindowLoop(std::string& why) {
   for (bool running = true; running && !GlobManager::roots().empty();) {
     SDL_Event e;
     // Wait for input, but no longer than the next timer tick when one is wanted.
-    const int wait = GlobManager::wantsTicks()
-                         ? static_cast<int>(nextTick > msecsNow() ? nextTick - msecsNow() : 0)
-                         : 100;
+    const int wait =
+        GlobManager::wantsTicks() ? static_cast<int>(nextTick > msecsNow() ? nextTick - msecsNow() : 0) : 100;
     if (SDL_WaitEventTimeout(&e, wait)) {
       do running = translate(e) && running;
       while (SDL_PollEvent(&e));

@@ -4,12 +4,14 @@
 
 #include "app/EditGenerator.h"
 #include "app/NodeUICommand.h"
+#include "app/OpenCommand.h"
 #include "graph_tool/Version.h"
 
 namespace {
 
 const char* usage =
     "usage:\n"
+    "  fxgraph [EDIT]                         open the edit (default: examples/promo.json) in a window\n"
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
@@ -20,9 +22,10 @@ const char* usage =
 
 int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
-  if (args.empty() || args[0] == "--help" || args[0] == "-h") {
+  if (args.empty()) return fxgraph::runOpenCommand(fxgraph::examplesFolder() + "/promo.json", std::cout, std::cerr);
+  if (args[0] == "--help" || args[0] == "-h") {
     std::cout << usage;
-    return args.empty() ? 2 : 0;
+    return 0;
   }
   if (args[0] == "--version") {
     std::cout << "fxgraph " << grphtoolDllVersionStr << "\n";
@@ -35,6 +38,7 @@ int main(int argc, char** argv) {
     return status;
   }
   if (args[0] == "nodeui") return fxgraph::runNodeUICommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
+  if (args.size() == 1 && !args[0].starts_with("-")) return fxgraph::runOpenCommand(args[0], std::cout, std::cerr);
   std::cerr << "fxgraph: unknown command \"" << args[0] << "\"; try fxgraph --help\n";
   return 2;
 }
