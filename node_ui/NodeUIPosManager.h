@@ -2,6 +2,7 @@
 #include "graph_tool/GrphToolApi.h"
 #include "node_ui/NodeUIManagerBase.h"
 #include "node_ui/NodeUIPosRec.h"
+#include "node_ui/VidRouting.h"
 
 // The one position manager of an edit, bound to it as "NodePosManager", with
 // one NodeUIPosRec per graph node. Layer "J", version 1.0, no own data.
@@ -27,6 +28,14 @@ public:
 
   NodeUIRecBase* createNewNodeRec(NodeUIManagerBase* owner) const override;
 
+  // The orientation the edit's graph is laid out in, kept with its records
+  // while the edit is open (it is the view's preference that persists).
+  VidRouting::Orientations::Orientation getOrientation() const noexcept { return orientation_; }
+  void setOrientation(VidRouting::Orientations::Orientation o) noexcept { orientation_ = o; }
+
   void pack(PStream&) const {}
   void unpack(PStream&) {}
+
+private:
+  VidRouting::Orientations::Orientation orientation_ = VidRouting::Orientations::LeftToRight;
 };
