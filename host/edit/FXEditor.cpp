@@ -88,6 +88,34 @@ bool FXEditor::cycleInputs(EffectInstance& effect) {
   return true;
 }
 
+bool FXEditor::insertAbove(const EditGraphIterator& at, const Ux::Ptr<EffectInstance>& effect) {
+  if (!edit_ || !at.isValid() || !effect || effect->getNumInputs() == 0 || edit_->openNode(effect->getId())) return false;
+  const IdStamp below = at.getNode()->getId();
+  edit_->addNode(effect);
+  effect->setInputTrackId(0, below, false);
+  EditGraphIterator parent = at;
+  if (parent.moveBack()) {
+    parent.getNode()->setInputTrackId(static_cast<unsigned>(at.getParentInputNum()), effect->getId(), true);
+  } else {
+    // A root: the channel graphs it heads now start at the effect.
+    for (int c = 0; c < edit_->getNumChans(); ++c)
+      for (Cel& cel : edit_->getChan(c).cels)
+        if (cel.kind == Cel::Kind::graph && cel.ref == below && cel.contains(at.getTime())) cel.ref = effect->getId();
+  }
+  edit_->setDirty(true);
+  return true;
+}
+
+IdStamp FXEditor::newNodeId(const Edit& edit) {
+  // Ids made here run in a range of their own, after the highest one used.
+  uint32_t last = 0;
+  for (const auto& node : edit.allNodes())
+    if (node->getId().first() == 9) last = std::max(last, node->getId().third());
+  IdStamp id(9, 0, last + 1);
+  while (edit.openNode(id) || edit.findChan(id) >= 0) id = IdStamp(9, 0, id.third() + 1);
+  return id;
+}
+
 void FXEditor::findOrphanedComponents(const EditPtr& edit, std::vector<IdStamp>& roots, double) {
   if (!edit) return;
   // Every node some cel uses, at the cel's own times.

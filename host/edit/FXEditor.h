@@ -26,6 +26,12 @@ public:
   bool destroyNode(const EditGraphIterator& at, bool notify);
   // Rotates the inputs: each slot takes the next slot's source, the last the first's.
   bool cycleInputs(EffectInstance& effect);
+  // Adds an effect between the node at the position and whatever it feeds
+  // there (its parent's input, or the channel whose graph it heads): the
+  // node feeds the effect's input 0.
+  bool insertAbove(const EditGraphIterator& at, const Ux::Ptr<EffectInstance>& effect);
+  // An id no object of the edit has.
+  static IdStamp newNodeId(const Edit& edit);
 
   // The heads of the video graph pieces that no cel of the edit uses at any
   // time, appended to `roots` (those already there are skipped), by id.
