@@ -84,6 +84,7 @@ void ScreenSurface::end() {
 }
 
 void ScreenSurface::draw(const Glib::RectDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   if (!begin(clip)) return;
   const Glib::PixelBox b = normalised(d.box);
   cairo_t* cr = context();
@@ -94,6 +95,7 @@ void ScreenSurface::draw(const Glib::RectDescription& d, const Glib::PixelBox& c
 }
 
 void ScreenSurface::draw(const Glib::FrameDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   if (!begin(clip)) return;
   const Glib::PixelBox b = normalised(d.box);
   cairo_t* cr = context();
@@ -120,6 +122,7 @@ void ScreenSurface::draw(const Glib::FrameDescription& d, const Glib::PixelBox& 
 }
 
 void ScreenSurface::draw(const Glib::BezierCurveDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   if (!begin(clip)) return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
@@ -133,6 +136,7 @@ void ScreenSurface::draw(const Glib::BezierCurveDescription& d, const Glib::Pixe
 }
 
 void ScreenSurface::draw(const Glib::DiscDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   if (d.radius <= 0 || !begin(clip)) return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
@@ -153,6 +157,7 @@ void ScreenSurface::draw(const Glib::DiscDescription& d, const Glib::PixelBox& c
 }
 
 void ScreenSurface::draw(const Glib::TextDescription& d, const Glib::PixelBox& clipBox) {
+  if (recorder_) recorder_->push_back({d, clipBox});
   const Glib::PixelBox box = normalised(d.box);
   const Glib::PixelBox clip = normalised(clipBox);
   const Glib::PixelBox both{std::max(box.x0, clip.x0), std::max(box.y0, clip.y0), std::min(box.x1, clip.x1),
@@ -204,6 +209,7 @@ XY<int> ScreenSurface::textSize(const LightweightString<wchar_t>& text, const Li
 }
 
 void ScreenSurface::draw(const Glib::ImageDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   const Glib::PixelBox b = normalised(d.box);
   if (!d.image || d.image->width() == 0 || d.image->height() == 0 || b.x1 <= b.x0 || b.y1 <= b.y0 || !begin(clip))
     return;
@@ -225,6 +231,7 @@ void ScreenSurface::draw(const Glib::ImageDescription& d, const Glib::PixelBox& 
 }
 
 void ScreenSurface::draw(const Glib::LineDescription& d, const Glib::PixelBox& clip) {
+  if (recorder_) recorder_->push_back({d, clip});
   if (!begin(clip)) return;
   cairo_t* cr = context();
   setColour(cr, d.colour);

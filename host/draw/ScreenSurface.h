@@ -1,5 +1,6 @@
 #pragma once
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -36,6 +37,17 @@ public:
   // The pixel size of a text in a font (empty: the default) at a point size.
   XY<int> textSize(const LightweightString<wchar_t>& text, const LightweightString<char>& font, int pointSize);
 
+  // What was drawn, kept while a recorder is set (for comparing a frame with
+  // the same primitives drawn another way).
+  using Primitive = std::variant<Glib::RectDescription, Glib::FrameDescription, Glib::BezierCurveDescription,
+                                 Glib::DiscDescription, Glib::TextDescription, Glib::ImageDescription,
+                                 Glib::LineDescription>;
+  struct Recorded {
+    Primitive primitive;
+    Glib::PixelBox clip;
+  };
+  void setRecorder(std::vector<Recorded>* recorder) noexcept { recorder_ = recorder; }
+
   void addModifiedArea(const Glib::PixelBox& box);
   // The areas drawn since the last call, and forgets them.
   std::vector<Glib::PixelBox> takeModifiedAreas();
@@ -65,4 +77,5 @@ private:
   cairo_surface_t* svg_ = nullptr;
   cairo_t* svgContext_ = nullptr;
   std::vector<Glib::PixelBox> modified_;
+  std::vector<Recorded>* recorder_ = nullptr;
 };
