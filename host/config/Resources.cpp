@@ -17,12 +17,48 @@ struct Entry {
   const wchar_t* text;
 };
 
-// Sorted by id.
+// Sorted by id. 10000 to 12999 are the texts the effect graph tool asks
+// for; 13000 to 13099 are the host's own panels, graph item menus and
+// pop-out explanations.
 constexpr Entry table[] = {
-    {10007, L"missing"},       {10052, L"Video"},        {10869, L"Auto position"},
-    {11111, L"Redo"},          {11129, L"Undo"},         {11285, L"This can only be done on the record machine"},
-    {11402, L"Tidy"},          {11587, L"Effect graph"}, {11779, L"Left to right"},
+    {10007, L"missing"},
+    {10052, L"Video"},
+    {10869, L"Auto position"},
+    {11111, L"Redo"},
+    {11129, L"Undo"},
+    {11285, L"This can only be done on the record machine"},
+    {11402, L"Tidy"},
+    {11587, L"Effect graph"},
+    {11779, L"Left to right"},
     {11780, L"Bottom to top"},
+    // Graph item menu.
+    {13000, L"Parameters..."},
+    {13001, L"Remove transition"},
+    {13002, L"Show effect"},
+    {13003, L"Remove effect"},
+    {13004, L"Cycle inputs"},
+    {13005, L"Import render"},
+    {13006, L"Discard render"},
+    {13007, L"Pop out viewer"},
+    {13008, L"Pop out log"},
+    // Panels.
+    {13020, L"OK"},
+    {13021, L"Effect"},
+    {13022, L"Template"},
+    {13023, L"Inputs"},
+    {13024, L"Parameters"},
+    {13025, L"free"},
+    {13026, L"No parameters"},
+    {13027, L"Shot record"},
+    {13028, L"Viewer"},
+    {13029, L"This edit is read-only"},
+    // Why a position cannot be popped out or imported.
+    {13040, L"Black has no shot to pop out"},
+    {13041, L"An imported image is not a shot"},
+    {13042, L"A generated background is not a shot"},
+    {13043, L"Nothing feeds this position"},
+    {13044, L"There is no such channel"},
+    {13045, L"The render could not be imported: "},
 };
 static_assert(std::is_sorted(std::begin(table), std::end(table),
                              [](const Entry& a, const Entry& b) { return a.id < b.id; }));

@@ -221,6 +221,14 @@ int EditGraphIterator::getChanIndex(int depth) const {
   return edit_ ? edit_->findChan(getChanId(depth)) : -1;
 }
 
+double EditGraphIterator::getRange(int depth, int which) const {
+  const int index = getChanIndex(depth);
+  if (index < 0) return time_;
+  const Cel* cel = edit_->getChan(index).celAt(time_);
+  if (!cel) return time_;
+  return which == 0 ? cel->start : cel->end;
+}
+
 EditGraphIteratorState EditGraphIterator::getState() const {
   EditGraphIteratorState state;
   if (!edit_ || path_.empty()) return state;

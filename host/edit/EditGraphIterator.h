@@ -85,6 +85,18 @@ public:
   // The edit the current position belongs to (compound edits are not nested here).
   EditPtr getCurrentPosEdit() const { return edit_; }
 
+  // How fast the current position's time runs against the edit's time: the
+  // pictures of a time-warped compound run faster or slower. This host has no
+  // time warps, so it is always 1.
+  double getCompoundAlpha() const noexcept { return 1.0; }
+  // The cel under the channel of the node at a depth (as getChanId: -1 the
+  // current node's channel, which is the root's unless an input slot named
+  // another channel; -2 the root's) at the iterator's time. `which` 0 gives
+  // the cel's start, any other value its end. With no cel there (an invalid
+  // iterator, a node no channel supplies) the iterator's time itself, an
+  // empty range.
+  double getRange(int depth, int which) const;
+
   // Whether renders through this iterator pass through bypassed effects.
   void setTraverseGhosts(bool on) noexcept { ghosts_ = on; }
   bool traversesGhosts() const noexcept { return ghosts_; }

@@ -129,7 +129,7 @@ void GlobManager::resizeScreen(int width, int height) {
 }
 
 void GlobManager::realize(Glob* root) {
-  if (!root || std::find(screen->roots.begin(), screen->roots.end(), root) != screen->roots.end()) return;
+  if (!screen || !root || std::find(screen->roots.begin(), screen->roots.end(), root) != screen->roots.end()) return;
   screen->roots.push_back(root);
   root->updateCanvas();
   root->layoutChildren();
@@ -137,7 +137,7 @@ void GlobManager::realize(Glob* root) {
 }
 
 void GlobManager::requestDeletion(Glob* root) {
-  if (root && std::find(screen->doomed.begin(), screen->doomed.end(), root) == screen->doomed.end())
+  if (screen && root && std::find(screen->doomed.begin(), screen->doomed.end(), root) == screen->doomed.end())
     screen->doomed.push_back(root);
 }
 
@@ -153,6 +153,7 @@ void GlobManager::processDeletions() {
 }
 
 void GlobManager::raise(Glob* root) {
+  if (!screen) return;
   auto it = std::find(screen->roots.begin(), screen->roots.end(), root);
   if (it == screen->roots.end() || it + 1 == screen->roots.end()) return;
   screen->roots.erase(it);

@@ -1,0 +1,88 @@
+#include "host/ui/MessageBox.h"
+
+#include <algorithm>
+
+#include "host/config/Resources.h"
+#include "host/notify/Log.h"
+#include "host/ui/PushButton.h"
+#include "host/ui/TextMetrics.h"
+#include "host/ui/UifStd.h"
+
+namespace {
+constexpr int minTextWidth = 200;
+constexpr int maxTextWidth = 420;
+
+// Breaks the text into lines no wider than `width`, at blanks where it can
+// and at explicit line breaks always. A word wider than a line gets a line of
+// its own (the renderer ellipsizes it).
+std::vector<LightweightString<wchar_t>> wrap(const std::wstring& text, int width) {
+  std::vector<LightweightString<wchar_t>> lines;
+  std::size_t start = 0;
+  while (start <= text.size()) {
+    const std::size_t end = std::min(text.find(L'\n', start), text.size());
+    std::wstring line;
+    for (std::size_t at = start; at < end;) {
+      std::size_t next = text.find(L' ', at);
+      if (next == std::wstring::npos || next > end) next = end;
+      const std::wstring word = text.substr(at, next - at);
+      const std::wstring longer = line.empty() ? word : line + L' ' + word;
+      if (!line.empty() && measureText(longer).x > width) {
+        lines.emplace_back(line);
+        line = word;
+      } else {
+        line = longer;
+      }
+      at = next + 1;
+    }
+    lines.emplace_back(line);
+    start = end + 1;
+  }
+  return lines;
+}
+
+int widest(const std::vector<LightweightString<wchar_t>>& lines) {
+  int w = 0;
+  for (const auto& line : lines) w = std::max(w, measureText(line).x);
+  return w;
+}
+} // namespace
+
+MessagePanel::MessagePanel(const LightweightString<wchar_t>& text, const Palette& palette)
+    : TextRowsPanel([&] {
+        InitArgs args;
+        args.palette = palette;
+        args.creationInfo.border = getDefaultBorder();
+        return args;
+      }()) {
+  const auto lines = wrap(text.str(), maxTextWidth);
+  const int textWidth = std::clamp(widest(lines), minTextWidth, maxTextWidth);
+  ok_ = new PushButton(resourceStrW(13020), okMsg, 80);
+  setReserve(PushButton::calcHeight() + 2 * UifStd::getWidgetGap(), 0);
+  resize(textWidth + 2 * borderSize() + 4 * UifStd::getWidgetGap(), heightFor(lines.size()));
+  // Centred across, at the bottom of the user area.
+  const PixelBox user = getUserArea();
+  addChild(ok_, UserBottomLeft((user.x1 - user.x0 - ok_->width()) / 2, UifStd::getWidgetGap()));
+  std::vector<Row> rows;
+  for (const auto& line : lines) rows.push_back({line, {}, false});
+  setRows(std::move(rows));
+}
+
+MessagePanel::~MessagePanel() = default;
+
+bool MessagePanel::handleMessageEvent(const LightweightString<char>& msg, Glob* sender) {
+  if (msg == okMsg && sender == ok_) {
+    GlobManager::requestDeletion(this);
+    return true;
+  }
+  return TextRowsPanel::handleMessageEvent(msg, sender);
+}
+
+MessagePanel* makeMessage(const LightweightString<wchar_t>& text, const Palette& palette) {
+  if (!GlobManager::initialised()) {
+    Log::printf("message (no screen to show it on): %s", toUTF8(text).c_str());
+    return nullptr;
+  }
+  auto* panel = new MessagePanel(text, palette);
+  const XY<int> at = glib_getPosForWindow(panel->width(), panel->height());
+  return TextRowsPanel::showOnScreen(panel, at) ? panel : nullptr;
+}
