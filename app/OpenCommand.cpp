@@ -3,9 +3,8 @@
 #include <cstdlib>
 #include <ostream>
 
-#include "app/EditOverviewPanel.h"
+#include "app/Session.h"
 #include "app/WindowLoop.h"
-#include "host/edit/EditFile.h"
 #include "host/ui/GlobManager.h"
 
 namespace fxgraph {
@@ -16,37 +15,30 @@ std::string examplesFolder() {
 }
 
 int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream& err) {
-  EditFile::LoadResult loaded = EditFile::load(editPath);
-  if (!loaded.edit) {
-    err << "fxgraph: " << loaded.error << "\n";
-    return 1;
-  }
-  for (const std::string& w : loaded.warnings) err << "fxgraph: warning: " << w << "\n";
-
-  GlobManager::initialise(1280, 800);
+  const XY<int> screen{1280, 800};
+  GlobManager::initialise(screen.x, screen.y);
   int status = 0;
   {
-    Vob vob(loaded.edit, "main");
-    Vob::setPlayMachine(&vob);
-    auto* panel = new EditOverviewPanel(&vob, {1000, 560});
-    panel->setPos(140, 120);
-    GlobManager::realize(panel);
-
+    Session session;
     std::string why;
-    if (!runWindowLoop(why)) {
-      const std::string picture = "fxgraph-screen.png";
-      if (GlobManager::writePNG(picture)) {
-        out << "fxgraph: no window (" << why << "); the screen is in " << picture << "\n";
-      } else {
-        err << "fxgraph: no window (" << why << ") and cannot write " << picture << "\n";
-        status = 1;
+    if (!session.open(editPath, screen, 0, why)) {
+      err << "fxgraph: " << why << "\n";
+      status = 1;
+    } else {
+      for (const std::string& w : session.warnings()) err << "fxgraph: warning: " << w << "\n";
+      if (!runWindowLoop(why)) {
+        const std::string picture = "fxgraph-screen.png";
+        if (GlobManager::writePNG(picture)) {
+          out << "fxgraph: no window (" << why << "); the screen is in " << picture << "\n";
+        } else {
+          err << "fxgraph: no window (" << why << ") and cannot write " << picture << "\n";
+          status = 1;
+        }
       }
     }
-    // Panels go before the vob they follow.
-    GlobManager::shutdown();
-    Vob::setPlayMachine(nullptr);
+    session.close();
   }
-  loaded.edit->close();
+  GlobManager::shutdown();
   return status;
 }
 

@@ -1,58 +1,15 @@
+#include <filesystem>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
-#include "host/edit/GraphNodeKinds.h"
-#include "host/render/ImageCache.h"
-#include "host/render/StillsCache.h"
-#include "host/render/VidRenderUtils.h"
-#include "tests/support/Bytes.h"
+#include "host/edit/EditFile.h"
+#include "tests/render/StillsFixture.h"
 
 namespace {
 
-// One video channel whose graph head is set per test; nodes made in code.
-class Stills : public ::testing::Test {
-protected:
-  void SetUp() override {
-    edit = EditPtr(new Edit(Cookie::generate(Cookie::editKind), L"Stills"));
-    edit->setFolder(testsupport::sourcePath("examples"));
-    EditChannel v1;
-    v1.id = IdStamp(1, 0, 1);
-    v1.cels = {{0, 10, Cel::Kind::graph, IdStamp()}};
-    edit->addChannel(v1);
-  }
-  void TearDown() override { edit->close(); }
-
-  IdStamp card(const char* pattern) {
-    const IdStamp id(3, 0, ++next);
-    edit->addNode(
-        Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(id, L"card", MaterialUsageNode::Media::testCard, pattern)));
-    return id;
-  }
-  Ux::Ptr<EffectInstance> effect(const char* tag, std::vector<IdStamp> inputs) {
-    Ux::Ptr<EffectInstance> e(new EffectInstance(IdStamp(2, 0, ++next), L"fx", tag));
-    e->setNumInputs(static_cast<unsigned>(inputs.size()));
-    for (unsigned i = 0; i < inputs.size(); ++i) e->setInputTrackId(i, inputs[i], false);
-    edit->addNode(e);
-    return e;
-  }
-  // The still of a node (as the channel's head) at 64 x 36.
-  Ux::Ptr<UxImage> still(const IdStamp& head) {
-    edit->getChan(0).cels[0].ref = head;
-    return Render::VidRenderUtils::renderStill(context());
-  }
-  Render::RenderContext context() {
-    return Render::RenderContext(EditGraphIterator(edit, 1, EditGraphIterator::startAtFirstRoot),
-                                 VideoFormat{"test", 64, 36, 16.0 / 9.0});
-  }
-  static void expectColour(const UxImage& image, int x, int y, Colour want) {
-    const Colour got = image.pixel(x, y);
-    EXPECT_NEAR(got.r, want.r, 0.02) << x << "," << y;
-    EXPECT_NEAR(got.g, want.g, 0.02) << x << "," << y;
-    EXPECT_NEAR(got.b, want.b, 0.02) << x << "," << y;
-  }
-
-  EditPtr edit;
-  unsigned next = 0;
-};
+using rendertest::expectColour;
+using rendertest::Stills;
 
 TEST_F(Stills, MixWipeAndPictureInPictureCombineTheirInputs) {
   const IdStamp red = card("solid:1,0,0"), blue = card("solid:0,0,1");
@@ -76,6 +33,24 @@ TEST_F(Stills, MixWipeAndPictureInPictureCombineTheirInputs) {
   expectColour(*p, 16, 9, Colour(0, 0, 1));
 }
 
+TEST_F(Stills, TestCardsAndTonesShowTheirPatterns) {
+  // Seven bars across 64 pixels; each checked near its middle.
+  Ux::Ptr<UxImage> bars = still(card("bars"));
+  const Colour order[] = {{1, 1, 1}, {1, 1, 0}, {0, 1, 1}, {0, 1, 0}, {1, 0, 1}, {1, 0, 0}, {0, 0, 1}};
+  for (int i = 0; i < 7; ++i) expectColour(*bars, (2 * i + 1) * 64 / 14, 18, order[i]);
+
+  Ux::Ptr<UxImage> ramp = still(card("ramp"));
+  expectColour(*ramp, 0, 5, Colour(0, 0, 0));
+  expectColour(*ramp, 63, 5, Colour(1, 1, 1));
+  for (int x = 1; x < 64; ++x) ASSERT_GT(ramp->pixel(x, 30).r, ramp->pixel(x - 1, 30).r) << "rises at " << x;
+
+  Ux::Ptr<UxImage> grid = still(card("grid"));
+  EXPECT_GT(grid->pixel(0, 10).r, 0.7) << "a line";
+  EXPECT_LT(grid->pixel(2, 10).r, 0.3) << "between lines";
+
+  expectColour(*still(material(MaterialUsageNode::Media::tone, "440")), 32, 18, Colour(0, 0, 0));
+}
+
 TEST_F(Stills, MattesCorrectionAndPassThrough) {
   const IdStamp grey = card("solid:0.5,0.5,0.5");
   Ux::Ptr<ComplexBackgroundEffect> gradient(new ComplexBackgroundEffect(
@@ -84,6 +59,10 @@ TEST_F(Stills, MattesCorrectionAndPassThrough) {
   Ux::Ptr<UxImage> g = still(gradient->getId());
   expectColour(*g, 5, 35, Colour(1, 0, 0)); // bottom row
   expectColour(*g, 5, 0, Colour(0, 0, 1));  // top row
+  Ux::Ptr<ComplexBackgroundEffect> flat(new ComplexBackgroundEffect(
+      IdStamp(4, 0, 2), L"flat", ComplexBackgroundEffect::Mode::flat, Colour(0.1, 0.25, 0.75)));
+  edit->addNode(flat);
+  expectColour(*still(flat->getId()), 40, 30, Colour(0.1, 0.25, 0.75));
 
   auto correct = effect("colourcorrect", {grey});
   correct->setParam("gain", {2, 1, 0});
@@ -96,14 +75,14 @@ TEST_F(Stills, MattesCorrectionAndPassThrough) {
   expectColour(*still(effect("mix", {IdStamp(), IdStamp()})->getId()), 3, 3, Colour(0, 0, 0));
 }
 
-TEST_F(Stills, ImportedImagesAndCyclesRender) {
+TEST_F(Stills, ImportedImagesCyclesAndDeepChains) {
   Ux::Ptr<ImageImportEffect> logo(new ImageImportEffect(IdStamp(5, 0, 1), L"logo", "logo.png"));
   edit->addNode(logo);
-  // The logo (160 x 90) fills the frame; its orange bar runs from 80 to 150
+  // The logo (160 x 90) fills the frame; its orange bar runs from 82 to 150
   // across and from 35 to 55 down.
   Ux::Ptr<UxImage> l = still(logo->getId());
   expectColour(*l, 115 * 64 / 160, 45 * 36 / 90, Colour(240 / 255.0, 140 / 255.0, 40 / 255.0));
-  EXPECT_EQ(l->pixel(2, 2).a, 0.0) << "clear where the picture is";
+  expectColour(*l, 2, 2, Colour(), 0); // clear where the picture is
 
   auto a = effect("mix", {IdStamp(), IdStamp()});
   auto b = effect("", {a->getId()});
@@ -111,38 +90,103 @@ TEST_F(Stills, ImportedImagesAndCyclesRender) {
   a->setInputTrackId(1, card("solid:0,1,0"), false);
   a->setParam("amount", {1.0});
   expectColour(*still(a->getId()), 3, 3, Colour(0, 1, 0));
+
+  // A chain of pass-through effects: followed when short, cut (black) when
+  // longer than the renderer follows.
+  auto chain = [&](int length) {
+    IdStamp below = card("solid:0,1,0");
+    for (int i = 0; i < length; ++i) below = effect("", {below})->getId();
+    return below;
+  };
+  expectColour(*still(chain(10)), 3, 3, Colour(0, 1, 0));
+  expectColour(*still(chain(200)), 3, 3, Colour(0, 0, 0));
 }
 
-TEST_F(Stills, CacheServesStillsUntilTheEditChanges) {
-  Render::StillsCache& cache = Render::StillsCache::instance();
-  cache.clear();
-  edit->getChan(0).cels[0].ref = card("bars");
-  const Render::RenderContext c = context();
-  EXPECT_FALSE(cache.getStillImage(c));
-  cache.add(c, Render::VidRenderUtils::renderStill(c));
-  EXPECT_TRUE(cache.getStillImage(context())) << "the same node, frame and size";
-  EXPECT_FALSE(cache.getStillImage(Render::RenderContext(c.iterator(), VideoFormat{"x", 32, 18, 16.0 / 9.0})));
-
-  edit->addModification({EditModification(EditModification::effectParams)}, true);
-  EXPECT_FALSE(cache.getStillImage(context())) << "stale after a change";
-
-  cache.add(c, Render::VidRenderUtils::renderStill(c));
-  Render::VidRenderUtils::unRender(CelEventPair(edit, 0, 1), true);
-  EXPECT_FALSE(cache.getStillImage(context()));
-  EXPECT_EQ(cache.size(), 0u);
+TEST_F(Stills, AViewLookUpTableMapsEachChannel) {
+  edit->getChan(0).cels[0].ref = card("solid:0.2,0.4,0.6");
+  ViewLUT lut = ViewLUT::identity();
+  for (int i = 0; i < 256; ++i) lut.table[0][static_cast<std::size_t>(i)] = static_cast<uint8_t>(255 - i);
+  Render::RenderContext c = context();
+  c.setViewLUT(lut);
+  expectColour(*Render::VidRenderUtils::renderStill(c), 10, 10, Colour(0.8, 0.4, 0.6));
 }
 
-TEST(ImageCacheTest, ReadsAFileOnceAndRefusesBadOnes) {
-  ImageCache::clear();
-  const std::string logo = testsupport::sourcePath("examples/logo.png");
-  const unsigned before = ImageCache::filesRead();
-  Ux::Ptr<UxImage> small = ImageCache::loadImage(logo, nullptr, 40, 20);
-  ASSERT_TRUE(small);
-  EXPECT_EQ(small->width(), 40);
-  EXPECT_TRUE(ImageCache::loadImage(logo, nullptr, 80, 45));
-  EXPECT_EQ(ImageCache::filesRead(), before + 1);
-  EXPECT_FALSE(ImageCache::loadImage(testsupport::sourcePath("examples/promo.json"), nullptr, 10, 10));
-  EXPECT_FALSE(ImageCache::loadImage(logo, nullptr, 100000, 10)) << "absurd sizes are refused";
+// A picture file of a known shape: 32 x 18 (16:9), its six left columns red,
+// the rest white.
+class PictureFiles : public Stills {
+protected:
+  void SetUp() override {
+    Stills::SetUp();
+    folder = std::filesystem::temp_directory_path() / ("fxgraph-stills-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    UxImage picture(32, 18);
+    picture.fill(Colour(1, 1, 1));
+    for (int y = 0; y < 18; ++y)
+      for (int x = 0; x < 6; ++x) picture.setPixel(x, y, Colour(1, 0, 0));
+    file = (folder / "shape.png").string();
+    ASSERT_TRUE(picture.savePNG(file));
+  }
+  void TearDown() override {
+    setARCSettings(ARCSettings());
+    std::filesystem::remove_all(folder);
+    Stills::TearDown();
+  }
+  Ux::Ptr<UxImage> fitted(int fit, const VideoFormat& format) {
+    ARCSettings arc;
+    arc.fit = fit;
+    setARCSettings(arc);
+    return still(material(MaterialUsageNode::Media::file, file.c_str()), format);
+  }
+
+  std::filesystem::path folder;
+  std::string file;
+};
+
+TEST_F(PictureFiles, AreFittedAsThePictureShapeSettingsSay) {
+  const VideoFormat square{"square", 48, 48, 1.0};
+  // Letterbox: 48 x 27 from row 10.5, black above and below.
+  Ux::Ptr<UxImage> letterbox = fitted(ARCSettings::letterbox, square);
+  expectColour(*letterbox, 24, 5, Colour(0, 0, 0));
+  expectColour(*letterbox, 24, 24, Colour(1, 1, 1));
+  expectColour(*letterbox, 2, 24, Colour(1, 0, 0));
+  // Centre cut: 85 x 48, the red columns cut off at the left.
+  Ux::Ptr<UxImage> cut = fitted(ARCSettings::centreCut, square);
+  expectColour(*cut, 24, 5, Colour(1, 1, 1));
+  expectColour(*cut, 2, 24, Colour(1, 1, 1));
+  // Stretch: the whole picture fills the frame.
+  Ux::Ptr<UxImage> stretch = fitted(ARCSettings::stretch, square);
+  expectColour(*stretch, 24, 5, Colour(1, 1, 1));
+  expectColour(*stretch, 2, 24, Colour(1, 0, 0));
+
+  // Shapes are compared on screen: 64 x 36 pixels shown at 4:3 letterbox the
+  // 16:9 picture into rows 4.5 to 31.5.
+  Ux::Ptr<UxImage> wide = fitted(ARCSettings::letterbox, VideoFormat{"anamorphic", 64, 36, 4.0 / 3.0});
+  expectColour(*wide, 32, 1, Colour(0, 0, 0));
+  expectColour(*wide, 32, 18, Colour(1, 1, 1));
+}
+
+TEST(PromoStills, TheExampleEditRendersItsGraphs) {
+  EditFile::LoadResult loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
+  ASSERT_TRUE(loaded.edit) << loaded.error;
+  const EditPtr promo = loaded.edit;
+  const VideoFormat format{"test", 64, 36, 16.0 / 9.0};
+  auto at = [&](double time, const IdStamp& channel) {
+    return Render::VidRenderUtils::renderStill(
+        Render::RenderContext(EditGraphIterator::atChannel(promo, time, channel), format));
+  };
+  // V1 at 1 s: bars and grid dissolved half way; (33, 17) is a green bar over
+  // the grid's ground (0.2, 0.2, 0.22).
+  Ux::Ptr<UxImage> dissolve = at(1, IdStamp(1, 0, 1));
+  const Colour half(0.1, 0.6, 0.11);
+  expectColour(*dissolve, 33, 17, half);
+  // V3 at 15 s: the dissolve (through its alias) wiped at 0.4 into the blue matte.
+  Ux::Ptr<UxImage> wipe = at(15, IdStamp(1, 0, 3));
+  expectColour(*wipe, 5, 17, Colour(0.6, 0.6, 0.61));
+  expectColour(*wipe, 50, 17, Colour(0.1, 0.25, 0.75));
+  // V1 at 21 s is black; the audio channels show black too.
+  expectColour(*at(21, IdStamp(1, 0, 1)), 33, 17, Colour(0, 0, 0));
+  expectColour(*at(1, IdStamp(1, 0, 4)), 33, 17, Colour(0, 0, 0));
+  promo->close();
 }
 
 } // namespace

@@ -1,0 +1,133 @@
+#include "app/RenderCommand.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <ostream>
+
+#include "app/ScriptRunner.h"
+#include "app/Session.h"
+#include "app/StateDump.h"
+#include "host/config/EditorPreferences.h"
+#include "host/ui/GlobManager.h"
+#include "host/ui/HostClock.h"
+
+namespace fxgraph {
+namespace {
+
+struct Options {
+  std::string edit;
+  XY<int> size{1024, 640};
+  double time = 0;
+  std::string script, png, svg, dump, prefs;
+};
+
+bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    auto value = [&](std::string& into) {
+      if (i + 1 >= args.size()) {
+        why = a + " wants a value";
+        return false;
+      }
+      into = args[++i];
+      return true;
+    };
+    std::string v;
+    if (a == "--size") {
+      if (!value(v)) return false;
+      char* end = nullptr;
+      const long w = std::strtol(v.c_str(), &end, 10);
+      const long h = *end == 'x' ? std::strtol(end + 1, &end, 10) : 0;
+      if (*end || w < 64 || h < 64 || w > 8192 || h > 8192) {
+        why = "--size wants WxH, each 64 to 8192 pixels (got \"" + v + "\")";
+        return false;
+      }
+      o.size = {static_cast<int>(w), static_cast<int>(h)};
+    } else if (a == "--time") {
+      if (!value(v)) return false;
+      char* end = nullptr;
+      o.time = std::strtod(v.c_str(), &end);
+      if (v.empty() || *end || !(o.time >= 0)) {
+        why = "--time wants seconds, 0 or more (got \"" + v + "\")";
+        return false;
+      }
+    } else if (a == "--script") {
+      if (!value(o.script)) return false;
+    } else if (a == "--png") {
+      if (!value(o.png)) return false;
+    } else if (a == "--svg") {
+      if (!value(o.svg)) return false;
+    } else if (a == "--dump") {
+      if (!value(o.dump)) return false;
+    } else if (a == "--prefs") {
+      if (!value(o.prefs)) return false;
+    } else if (a.starts_with("-")) {
+      why = "unknown option " + a;
+      return false;
+    } else if (o.edit.empty()) {
+      o.edit = a;
+    } else {
+      why = "one edit at a time (\"" + a + "\" is one too many)";
+      return false;
+    }
+  }
+  if (o.edit.empty())
+    why = "usage: fxgraph render EDIT [--size WxH] [--time T] [--script FILE] [--png FILE] "
+          "[--svg FILE] [--dump FILE] [--prefs FILE]";
+  return !o.edit.empty();
+}
+
+} // namespace
+
+int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+  Options o;
+  std::string why;
+  if (!parse(args, o, why)) {
+    err << "fxgraph render: " << why << "\n";
+    return 2;
+  }
+  if (!o.prefs.empty()) setPreferencesFile(o.prefs);
+  // Timers follow the script's ticks, not the wall clock.
+  HostClock::driveByHand(0);
+  GlobManager::initialise(o.size.x, o.size.y);
+  int status = 0;
+  {
+    Session session;
+    if (!session.open(o.edit, o.size, o.time, why)) {
+      err << "fxgraph: " << why << "\n";
+      status = 1;
+    } else {
+      for (const std::string& w : session.warnings()) err << "fxgraph: warning: " << w << "\n";
+      GlobManager::update();
+      ScriptRunner runner(session);
+      if (!o.script.empty() && !runner.runFile(o.script, why)) {
+        err << "fxgraph: " << why << "\n";
+        status = 1;
+      }
+      GlobManager::update();
+      if (status == 0 && !o.png.empty() && !GlobManager::writePNG(o.png)) {
+        err << "fxgraph: cannot write " << o.png << "\n";
+        status = 1;
+      }
+      if (status == 0 && !o.svg.empty() && !GlobManager::writeSVG(o.svg)) {
+        err << "fxgraph: cannot write " << o.svg << "\n";
+        status = 1;
+      }
+      if (status == 0 && !o.dump.empty()) {
+        std::ofstream dump(o.dump, std::ios::binary);
+        dump << dumpState(session).dump(2) << "\n";
+        if (!dump) {
+          err << "fxgraph: cannot write " << o.dump << "\n";
+          status = 1;
+        }
+      }
+      if (status == 0 && o.png.empty() && o.svg.empty() && o.dump.empty())
+        out << "rendered " << o.edit << " (give --png, --svg or --dump to keep the result)\n";
+    }
+    session.close();
+  }
+  GlobManager::shutdown();
+  return status;
+}
+
+} // namespace fxgraph

@@ -1,0 +1,291 @@
+#include "app/ScriptRunner.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include "app/StateDump.h"
+#include "host/edit/EditFile.h"
+#include "host/ui/GlobManager.h"
+#include "host/ui/HostClock.h"
+
+namespace fxgraph {
+namespace {
+
+std::vector<std::string> words(const std::string& line) {
+  std::vector<std::string> out;
+  std::istringstream in(line);
+  for (std::string w; in >> w;) out.push_back(w);
+  return out;
+}
+
+bool integer(const std::string& text, int& out) {
+  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), out);
+  return ec == std::errc() && end == text.data() + text.size();
+}
+
+bool number(const std::string& text, double& out) {
+  char* end = nullptr;
+  out = std::strtod(text.c_str(), &end);
+  return !text.empty() && end == text.c_str() + text.size() && std::isfinite(out);
+}
+
+bool writeText(const std::string& path, const std::string& text, std::string& why) {
+  std::ofstream out(path, std::ios::binary);
+  out << text;
+  if (!out) {
+    why = "cannot write " + path;
+    return false;
+  }
+  return true;
+}
+
+} // namespace
+
+bool ScriptRunner::runFile(const std::string& path, std::string& why) {
+  std::ifstream in(path);
+  if (!in) {
+    why = path + ": cannot open the script";
+    return false;
+  }
+  int number = 0;
+  for (std::string line; std::getline(in, line);) {
+    ++number;
+    std::string reason;
+    if (!runLine(line, reason)) {
+      why = path + ":" + std::to_string(number) + ": " + reason;
+      return false;
+    }
+  }
+  return true;
+}
+
+XY<int> ScriptRunner::toScreen(XY<int> viewPixel) const {
+  return session_.view() ? session_.view()->screenPos() + viewPixel : viewPixel;
+}
+
+bool ScriptRunner::mouse(int type, XY<int> viewPixel, int button, bool ctrl) {
+  mouse_ = viewPixel;
+  Event e;
+  e.type = static_cast<Event::Type>(type);
+  e.button = static_cast<Event::Button>(button);
+  e.screen = toScreen(viewPixel);
+  e.time = msecsNow();
+  GlobManager::setKeyboardModifiers(ctrl ? Event::controlHeld : 0);
+  return GlobManager::dispatch(e);
+}
+
+bool ScriptRunner::nodeCentre(const std::string& id, XY<int>& at, std::string& why) const {
+  IdStamp node;
+  if (!IdStamp::fromString(id, node)) {
+    why = "\"" + id + "\" is not a node id (a.b.c)";
+    return false;
+  }
+  Ux::Ptr<FXGraphViewNode> n = session_.view() ? session_.view()->findViewRecForNode(node) : nullptr;
+  if (!n) {
+    why = "no node " + id + " in the view";
+    return false;
+  }
+  // The middle of the box below the title bar: the body, clear of pads.
+  const auto box = n->calcPixelExtents();
+  const auto title = n->getTitleBarRect();
+  at = {(box.x0 + box.x1) / 2, (box.y0 + std::min(box.y1, title.y0)) / 2};
+  return true;
+}
+
+bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
+  const std::string line = raw.substr(0, raw.find('#'));
+  const std::vector<std::string> w = words(line);
+  if (w.empty()) return true;
+  const std::string& cmd = w[0];
+  auto wants = [&](std::size_t least, std::size_t most, const char* form) {
+    if (w.size() - 1 < least || w.size() - 1 > most) {
+      why = "usage: " + std::string(form);
+      return false;
+    }
+    return true;
+  };
+  auto needOpen = [&]() {
+    if (session_.isOpen()) return true;
+    why = cmd + ": no edit is open (after close, reopen first)";
+    return false;
+  };
+  auto point = [&](std::size_t at, XY<int>& p) {
+    if (integer(w[at], p.x) && integer(w[at + 1], p.y)) return true;
+    why = "\"" + w[at] + " " + w[at + 1] + "\" is not a pixel position (two whole numbers)";
+    return false;
+  };
+
+  if (cmd == "resize") {
+    XY<int> size;
+    if (!wants(2, 2, "resize W H") || !needOpen() || !point(1, size)) return false;
+    if (size.x < 1 || size.y < 1 || size.x > 8192 || size.y > 8192) {
+      why = "the size must be between 1 and 8192 pixels a side";
+      return false;
+    }
+    const XY<int> screen = GlobManager::screenSize();
+    if (size.x > screen.x || size.y > screen.y)
+      GlobManager::resizeScreen(std::max(size.x, screen.x), std::max(size.y, screen.y));
+    session_.panel()->resize(size.x, size.y);
+    GlobManager::invalidate();
+  } else if (cmd == "time") {
+    double t = 0;
+    if (!wants(1, 1, "time T") || !needOpen()) return false;
+    if (!number(w[1], t) || t < 0) {
+      why = "\"" + w[1] + "\" is not a time (seconds, 0 or more)";
+      return false;
+    }
+    session_.vob()->setCurrentTime(t);
+  } else if (cmd == "tick") {
+    int ms = 0;
+    if (!wants(1, 1, "tick MS")) return false;
+    if (!integer(w[1], ms) || ms < 0 || ms > 3600000) {
+      why = "\"" + w[1] + "\" is not a number of milliseconds (0 to 3600000)";
+      return false;
+    }
+    // The clock moves in the loop's own steps, a tick at each.
+    for (int done = 0; done < ms; done += GlobManager::tickMilliseconds) {
+      HostClock::advance(static_cast<uint64_t>(std::min(GlobManager::tickMilliseconds, ms - done)));
+      if (GlobManager::wantsTicks()) GlobManager::tick();
+    }
+  } else if (cmd == "press" || cmd == "move" || cmd == "release" || cmd == "click") {
+    XY<int> p;
+    if (cmd == "press") {
+      if (!wants(2, 4, "press X Y [left|right] [ctrl]")) return false;
+    } else if (!wants(2, 2, (cmd + " X Y").c_str())) {
+      return false;
+    }
+    if (!needOpen() || !point(1, p)) return false;
+    int button = Event::left;
+    bool ctrl = false;
+    for (std::size_t i = 3; i < w.size(); ++i) {
+      if (w[i] == "left")
+        button = Event::left;
+      else if (w[i] == "right")
+        button = Event::right;
+      else if (w[i] == "ctrl")
+        ctrl = true;
+      else {
+        why = "press: \"" + w[i] + "\" is not left, right or ctrl";
+        return false;
+      }
+    }
+    if (cmd == "press") {
+      mouse(Event::mouseDown, p, button, ctrl);
+      pressed_ = button;
+    } else if (cmd == "move") {
+      mouse(Event::mouseMove, p, pressed_, (GlobManager::keyboardModifiers() & Event::controlHeld) != 0);
+    } else if (cmd == "release") {
+      mouse(Event::mouseUp, p, pressed_ ? pressed_ : Event::left, false);
+      pressed_ = 0;
+    } else {
+      mouse(Event::mouseDown, p, Event::left, false);
+      mouse(Event::mouseUp, p, Event::left, false);
+      pressed_ = 0;
+    }
+  } else if (cmd == "wheel") {
+    int steps = 0;
+    if (!wants(1, 1, "wheel N") || !needOpen()) return false;
+    if (!integer(w[1], steps) || steps == 0 || std::abs(steps) > 100) {
+      why = "\"" + w[1] + "\" is not a number of wheel steps (-100 to 100, not 0)";
+      return false;
+    }
+    for (int i = 0; i < std::abs(steps); ++i) {
+      Event e;
+      e.type = Event::wheel;
+      e.screen = toScreen(mouse_);
+      e.wheelSteps = steps > 0 ? 1 : -1;
+      GlobManager::dispatch(e);
+    }
+  } else if (cmd == "pad") {
+    int index = 0;
+    if (!wants(3, 3, "pad NODE in|out I") || !needOpen()) return false;
+    IdStamp id;
+    Ux::Ptr<FXGraphViewNode> n;
+    if (!IdStamp::fromString(w[1], id) || !(n = session_.view()->findViewRecForNode(id))) {
+      why = "no node " + w[1] + " in the view";
+      return false;
+    }
+    if ((w[2] != "in" && w[2] != "out") || !integer(w[3], index) || index < 0 || index > 255) {
+      why = "usage: pad NODE in|out I (I a pad number from 0)";
+      return false;
+    }
+    const XY<int> at = w[2] == "in" ? n->getInputPos(static_cast<unsigned long>(index))
+                                    : n->getOutputPos(static_cast<unsigned char>(index));
+    if (at == XY<int>(-1, -1)) {
+      why = "node " + w[1] + " has no " + w[2] + "put pad " + w[3];
+      return false;
+    }
+    mouse(Event::mouseDown, at, Event::left, false);
+    mouse(Event::mouseUp, at, Event::left, false);
+  } else if (cmd == "node-click") {
+    XY<int> at;
+    if (!wants(1, 1, "node-click NODE") || !needOpen() || !nodeCentre(w[1], at, why)) return false;
+    mouse(Event::mouseDown, at, Event::left, false);
+    mouse(Event::mouseUp, at, Event::left, false);
+  } else if (cmd == "node-drag") {
+    XY<int> at, by;
+    if (!wants(3, 4, "node-drag NODE DX DY [ctrl]") || !needOpen() || !nodeCentre(w[1], at, why) || !point(2, by))
+      return false;
+    const bool ctrl = w.size() == 5 && w[4] == "ctrl";
+    if (w.size() == 5 && !ctrl) {
+      why = "node-drag: \"" + w[4] + "\" is not ctrl";
+      return false;
+    }
+    mouse(Event::mouseDown, at, Event::left, ctrl);
+    // A few steps, as a hand would move.
+    const int steps = 4;
+    for (int i = 1; i <= steps; ++i)
+      mouse(Event::mouseMove, {at.x + by.x * i / steps, at.y + by.y * i / steps}, Event::left, ctrl);
+    mouse(Event::mouseUp, at + by, Event::left, false);
+  } else if (cmd == "message") {
+    if (w.size() < 2 || !needOpen()) {
+      if (w.size() < 2) why = "usage: message TEXT";
+      return false;
+    }
+    const std::size_t start = line.find(w[1], line.find(cmd) + cmd.size());
+    std::string text = line.substr(start);
+    text.erase(text.find_last_not_of(" \t\r") + 1);
+    session_.panel()->handleMessageEvent(text, nullptr);
+  } else if (cmd == "orientation") {
+    if (!wants(1, 1, "orientation LeftToRight|BottomToTop") || !needOpen()) return false;
+    if (w[1] != "LeftToRight" && w[1] != "BottomToTop") {
+      why = "the orientation is LeftToRight or BottomToTop";
+      return false;
+    }
+    session_.view()->setOrientation(VidRouting::Orientations::fromString(w[1]), true);
+  } else if (cmd == "undo" || cmd == "redo") {
+    if (!wants(0, 0, cmd.c_str()) || !needOpen()) return false;
+    if (cmd == "undo")
+      session_.vob()->undoRequest();
+    else
+      session_.vob()->redoRequest();
+  } else if (cmd == "save") {
+    if (!wants(0, 0, "save") || !needOpen() || !session_.save(why)) return false;
+  } else if (cmd == "close") {
+    if (!wants(0, 0, "close") || !needOpen()) return false;
+    session_.close();
+  } else if (cmd == "reopen") {
+    if (!wants(0, 0, "reopen") || !session_.reopen(why)) return false;
+  } else if (cmd == "png") {
+    if (!wants(1, 1, "png FILE")) return false;
+    if (!GlobManager::writePNG(w[1])) {
+      why = "cannot write " + w[1];
+      return false;
+    }
+  } else if (cmd == "dump") {
+    if (!wants(1, 1, "dump FILE")) return false;
+    if (!writeText(w[1], dumpState(session_).dump(2) + "\n", why)) return false;
+  } else {
+    why = "unknown command \"" + cmd + "\"";
+    return false;
+  }
+  GlobManager::update();
+  return true;
+}
+
+} // namespace fxgraph

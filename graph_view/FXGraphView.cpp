@@ -1,0 +1,245 @@
+// The view's life: construction, focus, the timer, notifications from the
+// vob and the position manager, messages, the context menu and drops.
+#include "graph_view/FXGraphView.h"
+
+#include <algorithm>
+
+#include "host/config/EditorPreferences.h"
+#include "host/config/Resources.h"
+#include "host/edit/FXEditor.h"
+#include "host/render/EffectTemplateManager.h"
+#include "host/ui/EffectMenuItems.h"
+#include "host/ui/EffectsBrowser.h"
+#include "host/ui/GlobManager.h"
+#include "host/ui/HostClock.h"
+#include "host/ui/ScrollBar.h"
+
+FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int scope)
+    : VobClient(vob, 2), scope_(scope), centre_(XY<double>(0, 0)), zoom_(0.75) {
+  setPalette(palette);
+  manageServer(&zoom_, &FXGraphView::judgeZoom);
+  hScroll_ = new ScrollBar(ScrollBar::horizontal, 100);
+  vScroll_ = new ScrollBar(ScrollBar::vertical, 100);
+  addChild(hScroll_, BottomLeft(0, 0));
+  addChild(vScroll_, BottomLeft(0, 0));
+  orientation_ = VidRouting::Orientations::fromString(
+      prefs().getPreference("Video Routing : Orientation", LightweightString<char>("LeftToRight")));
+  flushNodeList();
+  resize(size.x, size.y);
+  if (vob && vob->getEdit()) setEditFocus(vob->getEdit(), {}, scope);
+}
+
+FXGraphView::~FXGraphView() {
+  NodeUIManagerClient::registerWith(nullptr);
+  while (timerHolds_ > 0) disableETime();
+  flushNodeList();
+  releaseServer(&zoom_);
+}
+
+double FXGraphView::currentTime() const { return getVob() ? getVob()->getCurrentTime() : 0.0; }
+
+int FXGraphView::getPrimaryChanIx() const {
+  if (!edit_) return -1;
+  for (const auto& n : nodes_)
+    if (n->isPrimary()) return edit_->findChan(n->locator().channel);
+  return -1;
+}
+
+void FXGraphView::setEditFocus(const EditPtr& edit, const IdStamp& focusNode, int scope) {
+  edit_ = edit;
+  focusNode_ = focusNode;
+  scope_ = scope;
+  Ux::Ptr<NodeUIPosManager> manager = positionManager();
+  NodeUIManagerClient::registerWith(manager.get());
+  if (manager) manager->setOrientation(orientation_);
+  // Where nodes placed by hand were last shown, before the first tidy
+  // writes over the stored positions.
+  std::map<IdStamp, XY<double>> handPlaced;
+  storePositionsForReopen(handPlaced);
+  flushNodeList();
+  recalcNodeList(false);
+  if (manualPositioning()) {
+    for (const auto& [id, p] : handPlaced)
+      if (Ux::Ptr<FXGraphViewNode> n = findViewRecForNode(id)) {
+        n->suspendNotifications();
+        n->setPosition(p.x, p.y, false);
+        n->resumeNotifications();
+      }
+    keepCanvasAroundGraph();
+  }
+  resetView(1, 0);
+}
+
+void FXGraphView::storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced) {
+  Ux::Ptr<NodeUIPosManager> manager = positionManager();
+  if (!manager) return;
+  for (NodeUIRecBase* rec : manager->records().as<NodeUIRecBase>())
+    if (auto* pos = dynamic_cast<NodeUIPosRec*>(rec); pos && pos->isManualPosSet())
+      handPlaced[pos->getNodeId()] = pos->getDrawPosition();
+}
+
+bool FXGraphView::judgeZoom(ValServer<double>*, double& value) {
+  // Zoom lives in [0, 1]; setViewZoom clamps before it asks, others may not.
+  value = std::clamp(value, 0.0, 1.0);
+  return true;
+}
+
+// -- timer ---------------------------------------------------------------------
+
+void FXGraphView::enableETime() {
+  if (timerHolds_++ == 0) {
+    enableTimerInterest();
+    timerStart_ = msecsNow();
+    lastTick_ = msecsNow() / 1000.0;
+  }
+}
+
+void FXGraphView::disableETime() {
+  if (timerHolds_ == 0) return;
+  if (--timerHolds_ == 0) {
+    disableTimerInterest();
+    canvas().resetClipRect();
+  }
+}
+
+bool FXGraphView::handleTimerEvent(const Event&) {
+  const double now = msecsNow() / 1000.0;
+  if (autoScroll_) {
+    if (mouseInAutoScrollArea()) {
+      const auto w = getWindowPos();
+      const XY<int> m = XY<int>(mouse_get_current_x(), mouse_get_current_y()) - screenPos();
+      const double dt = (now - lastTick_) * 0.5;
+      const double a = dt * width(), b = dt * height();
+      XY<double> c = getViewCentre();
+      // Left and down run at half a width a second, right and up at half a
+      // height: the asymmetry is the view's.
+      if (m.x < w.x0 + 20) c.x -= a / scale_;
+      if (m.x > w.x1 - 20) c.x += b / scale_;
+      if (m.y < w.y0 + 20) c.y -= a / scale_;
+      if (m.y > w.y1 - 20) c.y += b / scale_;
+      setViewCentre(c.x, c.y);
+      updateScrollbars(true);
+      redraw();
+    } else {
+      setAutoScrollState(false);
+    }
+  } else if (anchor_) {
+    // The dragged wire follows the mouse.
+    redraw();
+  }
+  lastTick_ = now;
+  return true;
+}
+
+// -- notifications ----------------------------------------------------------------
+
+void FXGraphView::handleModifications(const EditModifications& mods, const VobModification& vobMod) {
+  if (vobMod.flags & VobModification::closing) {
+    NodeUIManagerClient::registerWith(nullptr);
+    edit_.reset();
+    anchor_.reset();
+    moved_.reset();
+    flushNodeList();
+    return;
+  }
+  if (vobMod.flags & VobModification::editReplaced) {
+    setEditFocus(getVob() ? getVob()->getEdit() : EditPtr(), {}, scope_);
+    redraw();
+    return;
+  }
+  if (mods.empty() && !(vobMod.flags & VobModification::timeChanged)) return;
+  if (!edit_ || edit_->isClosed()) {
+    flushNodeList();
+    redraw();
+    return;
+  }
+  recalcNodeList(true);
+  checkForCoincidentNodes();
+  redraw();
+}
+
+void FXGraphView::newNodeRecNotify(NodeUIRecBase*) {
+  recalcNodeList(false);
+  redraw();
+}
+
+void FXGraphView::nodeRecDeletedNotify(NodeUIRecBase*) {}
+
+void FXGraphView::nodeManagerGeneralNotify(const LightweightString<char>&) { redraw(); }
+
+bool FXGraphView::handleMessageEvent(const LightweightString<char>& msg, Glob* sender) {
+  if (auto* bar = dynamic_cast<ScrollBar*>(sender); bar && (bar == hScroll_ || bar == vScroll_)) {
+    handleScrollbarMsg(bar, msg);
+    return true;
+  }
+  if (msg == "TidyNodes") {
+    tidy();
+    return true;
+  }
+  return false;
+}
+
+bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glob* sender, const void* data) {
+  if (msg != MenuData::changeMsg || !data) return Glob::handleDataMessageEvent(msg, sender, data);
+  const auto* change = static_cast<const MenuData::Change*>(data);
+  if (change->tag != "orientation") return false;
+  NotifyMsg m;
+  m.object = Ux::Ptr<iObject>(const_cast<MenuData::Change*>(change));
+  changeOrientation(m);
+  return true;
+}
+
+MenuItems FXGraphView::getMenuItems(const Event* e) {
+  MenuItems items;
+  MenuItem left(resourceStrW(11779), {}, "orientation");
+  left.checked = orientation_ == VidRouting::Orientations::LeftToRight;
+  MenuItem up(resourceStrW(11780), {}, "orientation");
+  up.checked = !left.checked;
+  items.push_back(left);
+  items.push_back(up);
+  if (!e) return items;
+  // The graph-item commands of the node under the mouse.
+  const XY<int> at = e->screen - screenPos();
+  for (const auto& n : nodes_) {
+    int index = 0;
+    if (n->translateMouseEvent(at.x, at.y, index) == FXGraphViewNode::eNothing) continue;
+    const MenuItems commands = EffectMenuItems::getItemsForComponent(getIteratorFor(n->getNodeID(), 9));
+    items.insert(items.end(), commands.begin(), commands.end());
+    break;
+  }
+  return items;
+}
+
+bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) {
+  if (!dynamic_cast<const EffectTemplateDragItem*>(&item) || !edit_ || (getVob() && getVob()->isReadOnly()))
+    return false;
+  for (const auto& n : nodes_) {
+    int index = 0;
+    if (n->translateMouseEvent(position.x, position.y, index) != FXGraphViewNode::eNothing) return true;
+  }
+  return false;
+}
+
+bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) {
+  const auto* dropped = dynamic_cast<const EffectTemplateDragItem*>(&item);
+  if (!dropped || !edit_) return false;
+  for (const auto& n : nodes_) {
+    int index = 0;
+    if (n->translateMouseEvent(position.x, position.y, index) == FXGraphViewNode::eNothing) continue;
+    // A template dropped on a node is laid over it: a new effect of the
+    // template takes the node's place downstream and the node feeds its first input.
+    EditGraphIterator at = getIteratorFor(n->getNodeID(), 9);
+    if (!at.isValid()) return false;
+    EasyBackup step(edit_);
+    const EffectTemplateSummary& t = dropped->summary();
+    Ux::Ptr<EffectInstance> effect(
+        new EffectInstance(FXEditor::newNodeId(*edit_), t.name, t.tagTypeId, at.getNode()->getTrackType()));
+    effect->setNumInputs(static_cast<unsigned>(std::max(1, t.numInputs)));
+    for (std::size_t i = 0; i < t.inputNames.size() && i < effect->getNumInputs(); ++i)
+      effect->setInputName(static_cast<unsigned>(i), t.inputNames[i]);
+    FXEditor(edit_).insertAbove(at, effect);
+    edit_->addModification({EditModification(EditModification::structure)}, true);
+    return true;
+  }
+  return false;
+}

@@ -1,0 +1,259 @@
+#pragma once
+// The graph view: the canvas that builds, positions, draws and edits the
+// on-screen graph of the focused edit.
+//
+// Map (implementation files)
+//   FXGraphView.cpp ............. construction, focus, notifications, menus, drops
+//   FXGraphViewGeometry.cpp ..... graph space <-> view pixels, zoom, pan,
+//                                 scroll bars, fitting, auto-scroll, orientation
+//   FXGraphViewNodeList.cpp ..... the node list: rebuild, node kinds, positions, tidy
+//   FXGraphViewDrawing.cpp ...... the frame: background, wires, nodes
+//   FXGraphViewMouse.cpp ........ mouse dispatch, pad clicks, the drag state
+//
+// Coordinate spaces: graph units (doubles, y up) and view pixels (the view's
+// own bottom-up pixels). Conversions live here and say which way they go.
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "graph_nodes/FXGraphViewNode.h"
+#include "graph_tool/GrphToolApi.h"
+#include "host/core/Vector.h"
+#include "host/edit/CelEventPair.h"
+#include "host/edit/Vob.h"
+#include "host/ui/DragDrop.h"
+#include "host/ui/Glob.h"
+#include "host/ui/MenuItem.h"
+#include "node_ui/NodeUIClients.h"
+#include "node_ui/NodeUIPosManager.h"
+#include "node_ui/NodeUIPosSource.h"
+#include "values/ValManager.h"
+#include "values/ValServer.h"
+
+class ScrollBar;
+
+class GRPHTOOL_API FXGraphView : public Glob,
+                                 public VobClient,
+                                 public NodeUIManagerClient,
+                                 public ValManager<double, FXGraphView>,
+                                 public NodeUIPosSource,
+                                 public DragDropDestination {
+public:
+  using Orientation = VidRouting::Orientations::Orientation;
+  using GraphBox = Ux::Box<double, Ux::BottomUpTraits>;
+  enum eEdgeType { eNormalEdge = 0, eHighlightEdge = 1 };
+  // resetView: a zero redraw flag always asks for an update; refit flags as
+  // in ensureNodeListVisible (0 fit, 1 leave a fitting box alone, 2 re-centre a fitting box).
+  using FXGraphVieweRedrawFlag = int;
+  using FXGraphViewRefitFlag = int;
+  // View scopes.
+  static constexpr int wholeEdit = 1;
+  static constexpr int singleFocus = 0;
+  // Layout constants, graph units.
+  static constexpr double layoutGap = 0.1875;
+  static constexpr double treeStackingGap = 0.125;
+  static constexpr int timerInterestBit = 4096;
+  // The largest node size; the largest physical scale is 8 times it.
+  static constexpr int defaultMaxNodeSize = 160;
+
+  FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int scope = wholeEdit);
+  ~FXGraphView() override;
+
+  // -- focus --------------------------------------------------------------------
+  // Shows an edit (scope whole edit, or the tree under one node) and rebuilds.
+  void setEditFocus(const EditPtr& edit, const IdStamp& focusNode = {}, int scope = wholeEdit);
+  const EditPtr& getEdit() const noexcept { return edit_; }
+  int scope() const noexcept { return scope_; }
+  double currentTime() const;
+  int getPrimaryChanIx() const;
+
+  // -- geometry (graph units <-> view pixels) -----------------------------------
+  Ux::Box<int, Ux::BottomUpTraits> getWindowPos() const;
+  void graphToViewSpace(double x, double y, double& vx, double& vy) const;
+  XY<double> graphToViewSpace(const XY<double>& p) const;
+  void viewToGraphSpace(double vx, double vy, double& x, double& y) const;
+  XY<double> viewToGraphSpace(const XY<double>& p) const;
+  XY<int> graphToPixels(double x, double y) const;
+  bool clipRectToView(int& l, int& b, int& r, int& t) const;
+  void constrainToCanvas(double& x, double& y) const;
+  void constrainToCanvas(XY<double>& p) const { constrainToCanvas(p.x, p.y); }
+  virtual void setViewCentre(double x, double y);
+  virtual void setViewZoom(double z);
+  void setMaxNodeSize(int n);
+  double calcPhysicalScale(double zoom) const;
+  double fitViewToCanvRect(const GraphBox& box) const;
+  double calcAutoScale(double& cx, double& cy) const;
+  GraphBox getGraphExtents() const;
+  virtual int handleZoom(int direction);
+  int checkForPanAndZoom(const Event& e);
+  void updateScrollbars(bool redraw);
+  int getEdgeThickness(eEdgeType type) const;
+  XY<int> getNodeSize() const;
+  bool mouseInAutoScrollArea() const;
+  void setAutoScrollState(bool on);
+  bool autoScrolling() const noexcept { return autoScroll_; }
+  void rotateNodes(double angle);
+  void resetView(FXGraphVieweRedrawFlag redrawFlag, FXGraphViewRefitFlag refitFlag);
+  void setOrientation(Orientation orientation, bool refit);
+  void changeOrientation(const NotifyMsg& msg);
+  Orientation getOrientation() const override { return orientation_; }
+  bool ensureNodeListVisible(const Vector<IdStamp>& ids, FXGraphViewRefitFlag refitFlag);
+  void resize(double w, double h) override;
+  void handleScrollbarMsg(ScrollBar* bar, const LightweightString<char>& msg);
+
+  double getZoom() const noexcept { return zoom_.getValue(); }
+  double getScale() const noexcept { return scale_; }
+  XY<double> getViewCentre() const noexcept { return centre_.getValue(); }
+  const GraphBox& canvasRect() const noexcept { return canvas_; }
+  int getMaxNodeSize() const noexcept { return maxNodeSize_; }
+  ValServer<double>& zoomValue() noexcept { return zoom_; }
+  ValServer<XY<double>>& centreValue() noexcept { return centre_; }
+  ValServer<bool>& manualPositioningValue() noexcept { return manualPositioning_; }
+  bool manualPositioning() const noexcept { return manualPositioning_.getValue(); }
+  ScrollBar* horizontalScrollBar() const noexcept { return hScroll_; }
+  ScrollBar* verticalScrollBar() const noexcept { return vScroll_; }
+
+  // -- the node list ------------------------------------------------------------
+  void recalcNodeList(bool sendGroupUpdate);
+  int createViewNodeRecs();
+  int createViewNodeRecs(const IdStamp& root, int rootIndex);
+  int createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex);
+  Ux::Ptr<FXGraphViewNode> createViewNode(EditGraphIterator& at);
+  std::vector<IdStamp> getRoots();
+  void getAllNodes(Vector<IdStamp>& out) const;
+  void calcVisibleNodeList(Vector<IdStamp>& out) const;
+  Ux::Ptr<FXGraphViewNode> findViewRecForNode(const IdStamp& id) const;
+  NodeUIPosRec* getPosRecForNode(const IdStamp& id) override;
+  NodeUIPosRec* getPosRecForUtr(CelEventPair& event);
+  bool assignPositionFromChannel(FXGraphViewNode* node);
+  bool assignPositionFromConnections(FXGraphViewNode* node);
+  int assignPositionsManual(Vector<FXGraphViewNode*>& nodes, double x, double y, double span, int count);
+  XY<double> findMaterialNodePosition();
+  void autoTidy();
+  void autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin);
+  void tidy();
+  void tidy(const NotifyMsg& msg);
+  void checkForCoincidentNodes();
+  void updateMinAndMaxPositions();
+  void translateManuallyPositionedNodes(EditGraphIterator& at, double dx, double dy);
+  void translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node, double dx, double dy, bool);
+  void relativeMoveTree(EditGraphIterator& at, double dx, double dy, int rootIndex, NodeUIPosRec** moved, int& count);
+  void flushNodeList();
+  EditGraphIterator getIteratorFor(const IdStamp& id, int flags) const;
+  EditGraphIterator getIteratorFor(const Ux::Ptr<FXGraphNodeBase>& node, int flags) const;
+  const std::vector<Ux::Ptr<FXGraphViewNode>>& nodes() const noexcept { return nodes_; }
+  // The extreme nodes of the last updateMinAndMaxPositions: min x, max x, min y, max y.
+  const Ux::Ptr<FXGraphViewNode>& extremeNode(int which) const { return extremes_[which]; }
+  // Counts of work done, for tests and diagnostics.
+  unsigned tidyCount() const noexcept { return tidies_; }
+  unsigned rebuildCount() const noexcept { return rebuilds_; }
+
+  // -- drawing ------------------------------------------------------------------
+  void draw() override;
+  void drawBackground();
+  void drawConnections(eEdgeType type);
+  void drawConnection(const XY<int>& from, const XY<int>& to, const Colour& colour, unsigned short thickness);
+  void drawNodes();
+  void drawPrimaryNodeHighlight();
+  void drawDraggedConnection();
+  void drawNodeNames();
+  // Text in a box of view pixels (the nodes' titles and labels).
+  void drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
+                const LightweightString<char>& font, int pointSize = 0);
+  // The structure time range (1e99 in the first: none known).
+  void setStructureRange(double from, double to) noexcept { structure_[0] = from, structure_[1] = to; }
+  void calcMorphologyExtents();
+
+  // -- mouse --------------------------------------------------------------------
+  bool handleMouseEvent(const Event& e) override;
+  bool handleInputClicked(Ux::Ptr<FXGraphViewNode> node, int input);
+  bool handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output);
+  bool handleNodeClicked(Ux::Ptr<FXGraphViewNode> node);
+  bool removeDraggedIFConnection();
+  // The drag state: the anchor node (null when no wire is dragged), its pad,
+  // and whether the wire hangs from an input.
+  const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return anchor_; }
+  int dragAnchorPad() const noexcept { return anchorPad_; }
+  bool dragAnchoredAtInput() const noexcept { return anchoredAtInput_; }
+  const XY<int>& dragFixedEnd() const noexcept { return fixedEnd_; }
+  const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return moved_; }
+  bool isBusy() const noexcept { return busy_; }
+
+  // -- timer --------------------------------------------------------------------
+  bool handleTimerEvent(const Event& e) override;
+  void enableETime();
+  void disableETime();
+  int timerHolds() const noexcept { return timerHolds_; }
+
+  // -- notifications, menus, drops ---------------------------------------------
+  void handleModifications(const EditModifications& mods, const VobModification& vobMod) override;
+  void newNodeRecNotify(NodeUIRecBase* rec) override;
+  void nodeRecDeletedNotify(NodeUIRecBase* rec) override;
+  void nodeManagerGeneralNotify(const LightweightString<char>& text) override;
+  bool handleMessageEvent(const LightweightString<char>& msg, Glob* sender) override;
+  bool handleDataMessageEvent(const LightweightString<char>& msg, Glob* sender, const void* data) override;
+  // The view's context menu: the orientation entries, then the graph-item
+  // commands of the node under the mouse.
+  MenuItems getMenuItems(const Event* e) override;
+  // Effect templates dropped on a node (view pixels) are applied to it.
+  bool canAcceptDrop(const DragDropItem& item, XY<int> position) override;
+  bool acceptDrop(const DragDropItem& item, XY<int> position) override;
+  LightweightString<char> idstring() const override { return "FXGraphView"; }
+
+  // Judges of the managed values.
+  bool judgeZoom(ValServer<double>* server, double& value);
+
+private:
+  friend class FXGraphViewNode;
+  void keepCanvasAroundGraph();
+  Ux::Ptr<NodeUIPosManager> positionManager() const;
+  void placeScrollBars();
+  void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);
+  void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,
+                 unsigned short thickness);
+  bool drawArea(PixelBox area);
+
+  // Focus.
+  EditPtr edit_;
+  IdStamp focusNode_;
+  int scope_;
+  Orientation orientation_ = VidRouting::Orientations::LeftToRight;
+
+  // Geometry.
+  ValServer<XY<double>> centre_;
+  ValServer<double> zoom_;
+  double scale_ = 0;
+  int maxNodeSize_ = defaultMaxNodeSize;
+  GraphBox canvas_{-1, -1, 1, 1};
+  bool panning_ = false;
+  XY<int> panLast_;
+  ScrollBar* hScroll_ = nullptr;
+  ScrollBar* vScroll_ = nullptr;
+  bool autoScroll_ = false;
+  double lastTick_ = 0; // seconds
+
+  // The node list.
+  std::vector<Ux::Ptr<FXGraphViewNode>> nodes_;
+  ValServer<bool> manualPositioning_{true};
+  std::map<std::pair<IdStamp, int>, XY<double>> channelCache_;
+  Ux::Ptr<FXGraphViewNode> extremes_[4];
+  unsigned tidies_ = 0;
+  unsigned rebuilds_ = 0;
+
+  // Drawing.
+  double structure_[2] = {1e99, 0};
+
+  // The drag state.
+  Ux::Ptr<FXGraphViewNode> anchor_;
+  int anchorPad_ = 0;
+  bool anchoredAtInput_ = false;
+  XY<int> fixedEnd_;
+  XY<int> dragStart_;
+  bool busy_ = false;
+  Ux::Ptr<FXGraphViewNode> moved_;
+  XY<int> grab_;
+  XY<int> mouse_; // the last mouse position, view pixels
+
+  int timerHolds_ = 0;
+  uint64_t timerStart_ = 0;
+};

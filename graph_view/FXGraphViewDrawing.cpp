@@ -1,0 +1,174 @@
+// One frame of the graph: background, wire outlines, nodes, wires in their
+// own colours, and the wire being dragged. Outlines go before the nodes and
+// the wires after them, so a wire shows over the boxes it crosses while its
+// one-pixel-wider outline shows only beside them.
+#include <algorithm>
+#include <cmath>
+
+#include "graph_view/FXGraphView.h"
+
+void FXGraphView::draw() { drawBackground(); }
+
+// The area a primitive touches, clipped to the canvas clip rectangle when
+// one is set; whether anything of it is left to draw.
+bool FXGraphView::drawArea(PixelBox area) {
+  if (!canvas().isDrawable()) return false;
+  const PixelBox& clip = canvas().getClipRect();
+  if (clip.x1 != clip.x0 && clip.y1 != clip.y0) {
+    area.x0 = std::max(area.x0, std::min(clip.x0, clip.x1));
+    area.y0 = std::max(area.y0, std::min(clip.y0, clip.y1));
+    area.x1 = std::min(area.x1, std::max(clip.x0, clip.x1));
+    area.y1 = std::min(area.y1, std::max(clip.y0, clip.y1));
+  }
+  return area.x1 > area.x0 && area.y1 > area.y0;
+}
+
+void FXGraphView::drawBackground() {
+  updateMinAndMaxPositions();
+  const auto w = getWindowPos();
+  const PixelBox view{w.x0, w.y0, w.x1, w.y1};
+  if (drawArea(view)) {
+    CanvasRenderer r = canvas().renderer();
+    r.renderPrimitive(Glib::RectDescription{view, fromColour(getPalette().window(3))});
+    r.addModifiedArea(view);
+  }
+  // A graph whose structure range lies wholly outside the edit is not drawn.
+  if (structure_[0] != 1e99 && edit_ && !(edit_->getEndTime() > structure_[0] && structure_[1] > edit_->getStartTime()))
+    return;
+  drawPrimaryNodeHighlight();
+  drawConnections(eHighlightEdge);
+  drawNodes();
+  drawConnections(eNormalEdge);
+  drawDraggedConnection();
+}
+
+void FXGraphView::drawConnections(eEdgeType type) {
+  // The wire picked up by a drag is not drawn where it was.
+  const FXGraphViewNode* skipNode = nullptr;
+  int skipInput = -1;
+  if (anchor_) {
+    if (anchoredAtInput_) {
+      skipNode = anchor_.get();
+      skipInput = anchorPad_;
+    } else if (FXGraphViewNode* fed = anchor_->getOutputConnect(anchorPad_)) {
+      skipNode = fed;
+      skipInput = fed->findInputConnectFor(anchor_.get(), anchorPad_);
+    }
+  }
+  const auto thickness = static_cast<unsigned short>(getEdgeThickness(type));
+  for (const auto& node : nodes_) {
+    if (!node->graphNode()) continue;
+    auto n = static_cast<uint8_t>(node->graphNode()->getNumInputs());
+    if (n > 2 && node->inputTable().size() + 1 < n) n = static_cast<uint8_t>(node->inputTable().size() + 1);
+    for (int i = 0; i < n; ++i) {
+      FXGraphViewNode* up = node->getInputConnect(i);
+      if (!up) continue;
+      const XY<int> in = node->getInputPos(static_cast<unsigned long>(i));
+      const int j = up->findOutputConnectFor(node.get(), i);
+      if (j < 0) continue;
+      const XY<int> out = up->getOutputPos(static_cast<unsigned char>(j));
+      if (node.get() == skipNode && i == skipInput) continue;
+      Colour colour = up->getMainCol();
+      if (type == eHighlightEdge) colour = Palette(colour).window(6);
+      drawConnection(out, in, colour, thickness);
+    }
+  }
+}
+
+void FXGraphView::drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2,
+                            const Colour& colour, unsigned short thickness) {
+  PixelBox area{std::min({start.x, end.x, c1.x, c2.x}) - thickness, std::min({start.y, end.y, c1.y, c2.y}) - thickness,
+                std::max({start.x, end.x, c1.x, c2.x}) + thickness, std::max({start.y, end.y, c1.y, c2.y}) + thickness};
+  if (!drawArea(area)) return;
+  CanvasRenderer r = canvas().renderer();
+  r.renderPrimitive(Glib::BezierCurveDescription{fromColour(colour), start, end, c1, c2, thickness});
+  r.addModifiedArea(area);
+}
+
+void FXGraphView::drawConnection(const XY<int>& from, const XY<int>& to, const Colour& colour,
+                                 unsigned short thickness) {
+  const int ax = from.x, ay = from.y, bx = to.x, by = to.y;
+  const int d = static_cast<int>(scale_ * 0.0625); // half a node width, pixels
+  const int mx = (ax + bx) / 2, my = (ay + by) / 2;
+  if (orientation_ == VidRouting::Orientations::LeftToRight) {
+    if (ax <= bx) {
+      drawCurve({ax, ay}, {bx, by}, {mx, ay}, {mx, by}, colour, thickness);
+    } else {
+      // Backwards: out to the right of the output, in from the left of the input.
+      drawCurve({ax, ay}, {mx, my}, {ax + d, ay}, {ax + d, my}, colour, thickness);
+      drawCurve({mx, my}, {bx, by}, {bx - d, my}, {bx - d, by}, colour, thickness);
+    }
+  } else if (orientation_ == VidRouting::Orientations::BottomToTop) {
+    if (ay <= by) {
+      drawCurve({ax, ay}, {bx, by}, {ax, my}, {bx, my}, colour, thickness);
+    } else {
+      drawCurve({ax, ay}, {mx, my}, {ax, ay + d}, {mx, ay + d}, colour, thickness);
+      drawCurve({mx, my}, {bx, by}, {mx, by - d}, {bx, by - d}, colour, thickness);
+    }
+  } else {
+    drawCurve({ax, ay}, {bx, by}, {ax, my}, {bx, my}, colour, thickness);
+  }
+}
+
+void FXGraphView::drawNodes() {
+  for (const auto& node : nodes_) {
+    node->draw();
+    node->setVisibleFlag(node->drawnLast());
+  }
+  // The channel cache remembers where each node was last drawn.
+  for (const auto& node : nodes_) channelCache_[{node->getNodeID(), node->channelIndex()}] = node->getPosition();
+}
+
+void FXGraphView::drawPrimaryNodeHighlight() {
+  for (const auto& node : nodes_) {
+    if (!node->isPrimary()) continue;
+    const PixelBox b = node->calcPixelExtents();
+    const int glow = std::max(2, static_cast<int>(scale_ * 0.01));
+    PixelBox halo{b.x0 - glow, b.y0 - glow, b.x1 + glow, b.y1 + glow};
+    if (!drawArea(halo)) continue;
+    CanvasRenderer r = canvas().renderer();
+    r.renderPrimitive(Glib::RectDescription{halo, fromColour(Colour(0.95, 0.78, 0.25))});
+    r.addModifiedArea(halo);
+  }
+}
+
+void FXGraphView::drawDraggedConnection() {
+  if (!anchor_) return;
+  // From the fixed end to the mouse, with the same curve rules; drawn as
+  // output to input whichever end is held.
+  const XY<int> m = mouse_;
+  const Colour colour = anchor_->getMainCol();
+  const auto thickness = static_cast<unsigned short>(getEdgeThickness(eHighlightEdge));
+  if (anchoredAtInput_)
+    drawConnection(m, fixedEnd_, colour, thickness);
+  else
+    drawConnection(fixedEnd_, m, colour, thickness);
+}
+
+void FXGraphView::drawNodeNames() {
+  // Titles are drawn by the nodes themselves in their title bars.
+}
+
+void FXGraphView::drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
+                           const LightweightString<char>& font, int pointSize) {
+  if (!drawArea(box)) return;
+  Glob::drawText(box, text, colour, font, 1, pointSize);
+}
+
+void FXGraphView::calcMorphologyExtents() {
+  // The span over which the graph's structure holds: the cels of the roots
+  // at the current time.
+  structure_[0] = 1e99;
+  if (!edit_) return;
+  const double t = currentTime();
+  double from = 1e99, to = -1e99;
+  for (int i = 0; i < edit_->getNumChans(); ++i)
+    if (const Cel* cel = edit_->getChan(i).celAt(t); cel && cel->kind == Cel::Kind::graph) {
+      from = std::min(from, cel->start);
+      to = std::max(to, cel->end);
+    }
+  if (from != 1e99) {
+    structure_[0] = from;
+    structure_[1] = to;
+  }
+}

@@ -1,0 +1,404 @@
+// The view's node list: one on-screen node per graph node of the focused
+// edit at the current time, rebuilt wholesale; where each node is placed
+// (the channel cache, the old node with the same id, the tidy, the
+// connections, the manual column); whole trees moved; queries.
+#include <algorithm>
+#include <cmath>
+
+#include "graph_nodes/FXGraphViewNodeKinds.h"
+#include "graph_view/FXGraphView.h"
+#include "host/edit/FXEditor.h"
+#include "host/edit/GraphNodeKinds.h"
+#include "layout/FXGraphTidier.h"
+
+namespace {
+// Iterator options the node list uses: positioned at a node, found from the roots.
+constexpr int atNode = 9;
+// The focus iterator of a rebuild: whole edit, and one node's tree.
+constexpr int wholeEditFocus = 10;
+constexpr int singleFocusOption = 2;
+} // namespace
+
+Ux::Ptr<NodeUIPosManager> FXGraphView::positionManager() const { return NodeUIPosManager::getManagerFor(edit_); }
+
+void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
+  // 1. Never under a connection drag: the request is dropped.
+  if (anchor_) return;
+  ++rebuilds_;
+  // 2. A node being moved by hand is let go.
+  if (moved_) {
+    disableETime();
+    canvas().resetClipRect();
+    moved_.reset();
+  }
+  anchor_.reset();
+  // 3. The manager's records changed by the rebuild must not re-enter the view.
+  Ux::Ptr<NodeUIPosManager> manager = positionManager();
+  if (manager) manager->suspendNotifications();
+  // 4, 5.
+  std::vector<Ux::Ptr<FXGraphViewNode>> old;
+  old.swap(nodes_);
+  createViewNodeRecs();
+  // 6. The node standing for the focus.
+  if (edit_) {
+    EditGraphIterator focus = scope_ == wholeEdit
+                                  ? EditGraphIterator(edit_, currentTime(), wholeEditFocus)
+                                  : EditGraphIterator(edit_, currentTime(), focusNode_, singleFocusOption);
+    if (focus.isValid())
+      for (const auto& n : nodes_) n->setPrimary(n->isEquivalentTo(focus));
+  }
+  // 7. Positions carried over from the old node with the same id.
+  for (const auto& n : nodes_) {
+    auto it = std::find_if(old.begin(), old.end(), [&](const auto& o) { return o->getNodeID() == n->getNodeID(); });
+    if (it == old.end()) continue;
+    const XY<double> p = (*it)->getPosition();
+    n->suspendNotifications();
+    n->setPosition(p.x, p.y, true);
+    n->resumeNotifications();
+  }
+  // 8. In manual positioning a rebuild of the same count keeps positions.
+  if (!(manualPositioning() && nodes_.size() == old.size())) autoTidy();
+  keepCanvasAroundGraph();
+  // 9.
+  setViewZoom(getZoom());
+  // 10.
+  if (manager) manager->resumeNotifications();
+  // 11.
+  if (sendGroupUpdate && manager) manager->sendGeneralUpdateNotification("GroupUpdateMsg");
+  // 12. The old nodes go as their last references do.
+  old.clear();
+  updateScrollbars(false);
+}
+
+int FXGraphView::createViewNodeRecs() {
+  Ux::Ptr<NodeUIPosManager> manager = positionManager();
+  if (manager) manager->suspendNotifications();
+  int created = 0;
+  const std::vector<IdStamp> roots = getRoots();
+  for (std::size_t i = 0; i < roots.size(); ++i) created += createViewNodeRecs(roots[i], static_cast<int>(i));
+  if (manager) manager->resumeNotifications();
+  return created;
+}
+
+int FXGraphView::createViewNodeRecs(const IdStamp& root, int rootIndex) {
+  EditGraphIterator at = getIteratorFor(root, atNode);
+  if (!at.isValid()) return 0;
+  return createViewNodeRecsInternal(at, nullptr, rootIndex);
+}
+
+int FXGraphView::createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex) {
+  Ux::Ptr<FXGraphNodeBase> graphNode = at.getNode();
+  if (!graphNode) return 0;
+  int created = 0;
+  Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId());
+  if (node) {
+    node->ensureNodeHValid();
+    node->determineConnectionEditability(at);
+  } else {
+    node = createViewNode(at);
+    // Every shown node has its record in the edit's position manager: the
+    // layout writes there and the node follows it.
+    if (Ux::Ptr<NodeUIPosManager> manager = positionManager())
+      node->followStoredRecord(manager->createPosRec(graphNode->getId(), edit_->getCookie()));
+    assignPositionFromChannel(node.get());
+    nodes_.push_back(node);
+    created = 1;
+  }
+  // The last root that reaches a shared node wins.
+  node->setRootIndex(rootIndex);
+  if (parent) parent->connectInput(at.getParentInputNum(), node.get());
+  // A cycle closes here: connected, not descended into again.
+  for (int d = at.getDepth() - 1; d >= 0; --d)
+    if (at.getNode(d) == graphNode) return created;
+  for (unsigned i = 0; i < graphNode->getNumInputs(); ++i) {
+    if (!at.moveToInput(static_cast<int>(i))) continue;
+    created += createViewNodeRecsInternal(at, node.get(), rootIndex);
+    at.moveBack();
+  }
+  return created;
+}
+
+Ux::Ptr<FXGraphViewNode> FXGraphView::createViewNode(EditGraphIterator& at) {
+  Ux::Ptr<FXGraphNodeBase> n = at.getNode();
+  if (dynamic_cast<MaterialUsageNode*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewMatNode(this, at));
+  if (dynamic_cast<ImageImportEffect*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewImageNode(this, at));
+  if (dynamic_cast<AliasedInputEffect*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewAliasNode(this, at));
+  if (auto* effect = dynamic_cast<EffectInstance*>(n.get())) {
+    const LightweightString<char> tag = effect->tagTypeId();
+    // A null tag counts as not equal to anything.
+    if (!tag.isNull() && tag == "PixShader:Mattes:flatcol.fx")
+      return Ux::Ptr<FXGraphViewNode>(new FXGraphViewColourMatteNode(this, at));
+    if (tag.empty()) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewNode(this, at));
+    if (tag.startsWith("PixShader:Mattes:")) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewThumbNode(this, at));
+    // Covered by the test above; kept as the kinds have always been chosen.
+    if (tag.startsWith("PixShader:Mattes:gradients"))
+      return Ux::Ptr<FXGraphViewNode>(new FXGraphViewThumbNode(this, at));
+  }
+  return Ux::Ptr<FXGraphViewNode>(new FXGraphViewNode(this, at));
+}
+
+std::vector<IdStamp> FXGraphView::getRoots() {
+  std::vector<IdStamp> roots;
+  roots.reserve(50);
+  if (!edit_) return roots;
+  if (scope_ == wholeEdit)
+    findAllRootNodeChans(edit_, roots, currentTime(), true);
+  else
+    roots.push_back(focusNode_);
+  // Pieces no root reaches are shown after the roots.
+  FXEditor::findOrphanedComponents(edit_, roots, currentTime());
+  return roots;
+}
+
+void FXGraphView::getAllNodes(Vector<IdStamp>& out) const {
+  for (const auto& n : nodes_) out.push_back(n->getNodeID());
+}
+
+void FXGraphView::calcVisibleNodeList(Vector<IdStamp>& out) const {
+  for (const auto& n : nodes_)
+    if (n->isVisibleFlag() && n->graphNode()) out.push_back(n->getNodeID());
+}
+
+Ux::Ptr<FXGraphViewNode> FXGraphView::findViewRecForNode(const IdStamp& id) const {
+  for (const auto& n : nodes_)
+    if (n->getNodeID() == id) return n;
+  return nullptr;
+}
+
+NodeUIPosRec* FXGraphView::getPosRecForNode(const IdStamp& id) {
+  Ux::Ptr<NodeUIPosManager> manager = positionManager();
+  return manager ? manager->openPosRec(id) : nullptr;
+}
+
+NodeUIPosRec* FXGraphView::getPosRecForUtr(CelEventPair& event) {
+  if (!event.valid() || !event.stripCookie().isEffectGraph()) return nullptr;
+  return getPosRecForNode(event.getEffectHandle().id());
+}
+
+bool FXGraphView::assignPositionFromChannel(FXGraphViewNode* node) {
+  node->suspendNotifications();
+  auto it = channelCache_.find({node->getNodeID(), node->channelIndex()});
+  const bool hit = it != channelCache_.end();
+  if (hit) node->setPosition(it->second.x, it->second.y, true);
+  node->resumeNotifications();
+  return hit;
+}
+
+bool FXGraphView::assignPositionFromConnections(FXGraphViewNode* node) {
+  if (node->isFixed()) return false;
+  EditGraphIterator at = getIteratorFor(node->getNodeID(), atNode);
+  if (!at.isValid()) return false;
+  // Output side: beside a sibling placed by hand, or one gap left of the parent.
+  EditGraphIterator up = at;
+  if (up.moveBack()) {
+    NodeUIPosRec* parentRec = getPosRecForNode(up.getNode()->getId());
+    if (parentRec && parentRec->isManualPosSet()) {
+      node->suspendNotifications();
+      const unsigned n = static_cast<uint16_t>(up.getNode()->getNumInputs());
+      bool thisFirst = false;
+      bool placed = false;
+      if (n >= 2) {
+        for (unsigned i = 0; i < n && !placed; ++i) {
+          if (!up.moveToInput(static_cast<int>(i))) continue;
+          const IdStamp id = up.getNode()->getId();
+          up.moveBack();
+          if (id == node->getNodeID()) {
+            thisFirst = true;
+            continue;
+          }
+          NodeUIPosRec* sibling = getPosRecForNode(id);
+          if (!sibling || !sibling->isManualPosSet()) continue;
+          const XY<double> s = sibling->getManualPos();
+          if (s.x == -1 && s.y == -1) break;
+          node->setPosition(s.x, thisFirst ? s.y + layoutGap : s.y - layoutGap, true);
+          placed = true;
+        }
+      }
+      if (!placed) {
+        const XY<double> p = parentRec->getManualPos();
+        node->setPosition(p.x - layoutGap, p.y, true);
+      }
+      node->resumeNotifications();
+      return false;
+    }
+  }
+  // Input side: one gap right of the rightmost hand-placed input, centred on their span.
+  bool any = false;
+  double minX = 0, maxX = 0, minY = 0, maxY = 0;
+  const unsigned inputs = at.getNode()->getNumInputs();
+  for (unsigned i = 0; i < inputs; ++i) {
+    if (!at.moveToInput(static_cast<int>(i))) continue;
+    NodeUIPosRec* rec = getPosRecForNode(at.getNode()->getId());
+    at.moveBack();
+    if (!rec || !rec->isManualPosSet()) continue;
+    const XY<double> p = rec->getManualPos();
+    if (!any) {
+      minX = maxX = p.x;
+      minY = maxY = p.y;
+      any = true;
+    } else {
+      minX = std::min(minX, p.x);
+      maxX = std::max(maxX, p.x);
+      minY = std::min(minY, p.y);
+      maxY = std::max(maxY, p.y);
+    }
+  }
+  if (any) {
+    node->suspendNotifications();
+    node->setPosition(maxX + layoutGap, minY + (maxY - minY) / 2, true);
+    node->resumeNotifications();
+  }
+  return false;
+}
+
+int FXGraphView::assignPositionsManual(Vector<FXGraphViewNode*>& group, double x, double y, double span, int count) {
+  // The argument use is as it has always been: one value serves both as the
+  // x start and the vertical spacing.
+  const double step = count ? span / count : 0;
+  double runningX = x - layoutGap;
+  for (auto it = group.rbegin(); it != group.rend(); ++it) {
+    FXGraphViewNode* n = *it;
+    if (n->isFixed()) continue;
+    n->suspendNotifications();
+    if (n->isPrimary()) {
+      n->setPosition(y + layoutGap, step, true);
+    } else {
+      auto* material = dynamic_cast<MaterialUsageNode*>(n->graphNode().get());
+      if (!(material && material->isPlainMaterial())) {
+        n->setPosition(runningX, step, true);
+        runningX -= layoutGap;
+      }
+    }
+    n->resumeNotifications();
+  }
+  XY<double> materialAt = findMaterialNodePosition();
+  double runningY = materialAt.y;
+  int placed = 0;
+  for (auto it = group.rbegin(); it != group.rend(); ++it) {
+    FXGraphViewNode* n = *it;
+    if (n->isFixed()) continue;
+    n->suspendNotifications();
+    if (materialAt.x != -1) {
+      runningY -= layoutGap;
+      n->setPosition(materialAt.x, runningY, true);
+    } else {
+      n->setPosition(runningX, step, true);
+      materialAt = n->getPosition();
+      runningY = materialAt.y;
+    }
+    n->resumeNotifications();
+    ++placed;
+  }
+  return placed;
+}
+
+XY<double> FXGraphView::findMaterialNodePosition() {
+  for (const auto& n : nodes_) {
+    if (!dynamic_cast<MaterialUsageNode*>(n->graphNode().get())) continue;
+    NodeUIPosRec* rec = getPosRecForNode(n->getNodeID());
+    if (rec && rec->isManualPosSet()) return n->getPosition();
+  }
+  return {-1, -1};
+}
+
+void FXGraphView::autoTidy() { autoTidyNodeRecs(getRoots(), {0, 0}); }
+
+void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin) {
+  ++tidies_;
+  for (const IdStamp& root : roots) {
+    EditGraphIterator at = getIteratorFor(root, atNode);
+    // About 60 KB of local tree: kept off the stack.
+    auto tidier = std::make_unique<FXGraphTidier>(*this, layoutGap, layoutGap);
+    tidier->tidyTreeStruct(at, origin.x, origin.y);
+    const Ux::Box<double> e = tidier->getTreeExtents();
+    origin = orientation_ != 0 ? XY<double>(e.x1 + layoutGap, e.y0) : XY<double>(e.x0, e.y0 - treeStackingGap);
+  }
+}
+
+void FXGraphView::tidy() {
+  autoTidy();
+  keepCanvasAroundGraph();
+  updateScrollbars(true);
+  redraw();
+}
+
+void FXGraphView::tidy(const NotifyMsg&) { tidy(); }
+
+void FXGraphView::checkForCoincidentNodes() {
+  for (std::size_t a = 0; a < nodes_.size(); ++a) {
+    for (std::size_t b = 0; b < nodes_.size(); ++b) {
+      if (a == b) continue;
+      const XY<double> p = nodes_[a]->getPosition(), q = nodes_[b]->getPosition();
+      if (p.x == q.x && p.y == q.y) {
+        autoTidy();
+        break; // on with the node after A
+      }
+    }
+  }
+}
+
+void FXGraphView::updateMinAndMaxPositions() {
+  for (auto& e : extremes_) e.reset();
+  for (const auto& n : nodes_) {
+    const XY<double> p = n->getPosition();
+    if (!extremes_[0] || extremes_[0]->getPosition().x > p.x) extremes_[0] = n;
+    if (!extremes_[1] || p.x > extremes_[1]->getPosition().x) extremes_[1] = n;
+    if (!extremes_[2] || extremes_[2]->getPosition().y > p.y) extremes_[2] = n;
+    if (!extremes_[3] || p.y > extremes_[3]->getPosition().y) extremes_[3] = n;
+  }
+}
+
+void FXGraphView::translateManuallyPositionedNodes(EditGraphIterator& at, double dx, double dy) {
+  if (NodeUIPosRec* rec = getPosRecForNode(at.getNode()->getId())) {
+    const XY<double> p = rec->getDrawPosition();
+    rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
+  }
+  for (unsigned i = 0; i < at.getNode()->getNumInputs(); ++i) {
+    if (!at.moveToInput(static_cast<int>(i))) continue;
+    translateManuallyPositionedNodes(at, dx, dy);
+    at.moveBack();
+  }
+}
+
+void FXGraphView::translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node, double dx, double dy, bool) {
+  EditGraphIterator at = getIteratorFor(node, atNode);
+  Vector<IdStamp> components;
+  at.findAllComponents(components);
+  for (const IdStamp& id : components) {
+    NodeUIPosRec* rec = getPosRecForNode(id);
+    if (!rec) continue;
+    const XY<double> p = rec->getDrawPosition();
+    rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
+  }
+  redraw();
+}
+
+void FXGraphView::relativeMoveTree(EditGraphIterator& at, double dx, double dy, int rootIndex, NodeUIPosRec** moved,
+                                   int& count) {
+  Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(at.getNode()->getId());
+  if (!node || node->rootIndex() != rootIndex) return;
+  NodeUIPosRec* rec = &node->positionRecord();
+  for (int i = count - 1; i >= 0; --i)
+    if (moved[i] == rec) return;
+  moved[count++] = rec;
+  const XY<double> p = node->getPosition();
+  rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
+  for (unsigned i = 0; i < at.getNode()->getNumInputs(); ++i) {
+    if (!at.moveToInput(static_cast<int>(i))) continue;
+    relativeMoveTree(at, dx, dy, rootIndex, moved, count);
+    at.moveBack();
+  }
+}
+
+void FXGraphView::flushNodeList() { nodes_.clear(); }
+
+EditGraphIterator FXGraphView::getIteratorFor(const IdStamp& id, int flags) const {
+  if (!edit_) return {};
+  // A channel's id gives its graph at the time.
+  if (edit_->findChan(id) >= 0) return EditGraphIterator::atChannel(edit_, currentTime(), id);
+  return EditGraphIterator(edit_, currentTime(), id, flags);
+}
+
+EditGraphIterator FXGraphView::getIteratorFor(const Ux::Ptr<FXGraphNodeBase>& node, int flags) const {
+  return node ? getIteratorFor(node->getId(), flags) : EditGraphIterator();
+}

@@ -1,0 +1,190 @@
+// Scripted runs of `fxgraph render` on the examples, checked through the
+// state dump (and the picture) the program writes.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/draw/UxImage.h"
+#include "tests/support/Program.h"
+
+namespace {
+
+using testsupport::readJson;
+using testsupport::runProgram;
+using testsupport::TempFolder;
+using json = nlohmann::json;
+
+// A render of an edit copy with a script; the dump after the script.
+struct Render {
+  TempFolder folder;
+  std::string edit;
+  std::string prefs;
+
+  explicit Render(const std::string& example = "examples/promo.json") {
+    edit = folder.copyIn(example);
+    folder.copyIn("examples/logo.png");
+    prefs = folder.path("prefs");
+  }
+  json run(const std::string& script, const std::vector<std::string>& extra = {}) {
+    const std::string dump = folder.path("dump.json");
+    std::vector<std::string> args{"render", edit, "--time", "5", "--prefs", prefs, "--dump", dump};
+    if (!script.empty()) args.insert(args.end(), {"--script", folder.write("script.txt", script)});
+    args.insert(args.end(), extra.begin(), extra.end());
+    last = runProgram(args);
+    EXPECT_EQ(last.status, 0) << last.err;
+    return readJson(dump);
+  }
+  testsupport::ProgramRun last;
+};
+
+const json* node(const json& dump, const std::string& id) {
+  for (const json& n : dump["nodes"])
+    if (n["id"] == id) return &n;
+  return nullptr;
+}
+
+bool hasWire(const json& dump, const std::string& from, const std::string& to, int input) {
+  for (const json& w : dump["wires"])
+    if (w["from"] == from && w["to"] == to && w["input"] == input) return true;
+  return false;
+}
+
+TEST(RenderScript, TidiedExampleInBothOrientations) {
+  Render r;
+  const json ltr = r.run("");
+  ASSERT_EQ(ltr["nodes"].size(), 8u) << "three trees at 5 s; the shared B-roll shown once";
+  EXPECT_EQ(ltr["view"]["orientation"], "LeftToRight");
+  EXPECT_EQ((*node(ltr, "3.0.1"))["kind"], "FXGraphViewMatNode");
+  EXPECT_EQ((*node(ltr, "3.0.5"))["kind"], "FXGraphViewColourMatteNode");
+  EXPECT_EQ((*node(ltr, "3.0.6"))["kind"], "FXGraphViewThumbNode");
+  EXPECT_EQ((*node(ltr, "3.0.3"))["kind"], "FXGraphViewImageNode");
+  EXPECT_EQ((*node(ltr, "2.0.1"))["kind"], "FXGraphViewNode");
+  EXPECT_EQ((*node(ltr, "2.0.1"))["title"], "V1 : Dissolve");
+  EXPECT_TRUE((*node(ltr, "2.0.1"))["primary"]);
+
+  // The first tree: the root at the origin, its inputs one gap to the left,
+  // spread a gap apart about it (first input above).
+  EXPECT_EQ((*node(ltr, "2.0.1"))["pos"], json::array({0.0, 0.0}));
+  EXPECT_EQ((*node(ltr, "3.0.1"))["pos"], json::array({-0.1875, 0.09375}));
+  // The second tree starts 0.125 below the first's bottom, at its left.
+  EXPECT_EQ((*node(ltr, "2.0.2"))["pos"], json::array({-0.1875, -0.21875}));
+  // Inputs on the left edge, the output on the right.
+  const json& dissolve = *node(ltr, "2.0.1");
+  EXPECT_EQ(dissolve["inputs"][0]["pos"][0], dissolve["pixels"][0]);
+  EXPECT_EQ(dissolve["outputs"][0]["pos"][0], dissolve["pixels"][2]);
+  EXPECT_TRUE(hasWire(ltr, "3.0.2", "2.0.2", 0));
+
+  const json btt = r.run("orientation BottomToTop\n");
+  EXPECT_EQ(btt["view"]["orientation"], "BottomToTop");
+  for (const json& n : ltr["nodes"]) {
+    // A quarter turn about the origin: (x, y) becomes (-y, x).
+    const json& m = *node(btt, n["id"]);
+    EXPECT_NEAR(m["pos"][0].get<double>(), -n["pos"][1].get<double>(), 1e-12) << n["id"];
+    EXPECT_NEAR(m["pos"][1].get<double>(), n["pos"][0].get<double>(), 1e-12) << n["id"];
+  }
+  const json& turned = *node(btt, "2.0.1");
+  EXPECT_EQ(turned["inputs"][0]["pos"][1], turned["pixels"][1]) << "inputs on the bottom edge";
+  EXPECT_EQ(turned["outputs"][0]["pos"][1], turned["pixels"][3]) << "the output on the top edge";
+}
+
+TEST(RenderScript, HandPlacedNodeSurvivesSaveAndReopen) {
+  Render r;
+  const json before = r.run("node-drag 3.0.5 70 -40\nsave\n");
+  const json& placed = *node(before, "3.0.5");
+  // The next process opens the edit with its saved positions.
+  const json after = r.run("");
+  ASSERT_TRUE(node(after, "3.0.5"));
+  EXPECT_EQ((*node(after, "3.0.5"))["pos"], placed["pos"]);
+  EXPECT_NE(placed["pos"], json::array({-0.375, -0.3125})) << "the drag moved it from its tidy place";
+  EXPECT_EQ((*node(after, "2.0.1"))["pos"], (*node(before, "2.0.1"))["pos"]);
+  // In the same process too: close, reopen.
+  const json again = r.run("close\nreopen\n");
+  EXPECT_EQ((*node(again, "3.0.5"))["pos"], placed["pos"]);
+}
+
+TEST(RenderScript, WirePickedUpDroppedElsewhereThenUndone) {
+  Render r("tests/e2e/fixtures/wiring.json");
+  // Picking up the wire into Mix's input B leaves it hanging from Green.
+  const json picked = r.run("pad 2.0.1 in 1\n");
+  ASSERT_FALSE(picked["drag"].is_null());
+  EXPECT_EQ(picked["drag"]["anchor"], "3.0.2");
+  EXPECT_FALSE(picked["drag"]["atInput"]);
+  EXPECT_FALSE(hasWire(picked, "3.0.2", "2.0.1", 1));
+  EXPECT_TRUE(picked["undo"]["canUndo"]);
+
+  const json dropped = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\n");
+  EXPECT_TRUE(dropped["drag"].is_null());
+  EXPECT_TRUE(hasWire(dropped, "3.0.2", "2.0.2", 1));
+
+  // The drop and the pick-up are an undo step each.
+  const json once = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\nundo\n");
+  EXPECT_FALSE(hasWire(once, "3.0.2", "2.0.2", 1));
+  EXPECT_FALSE(hasWire(once, "3.0.2", "2.0.1", 1));
+  const json twice = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\nundo\nundo\n");
+  EXPECT_TRUE(hasWire(twice, "3.0.2", "2.0.1", 1));
+  EXPECT_TRUE(twice["undo"]["canRedo"]);
+}
+
+TEST(RenderScript, WheelZoomsAndDraggingEmptyCanvasPans) {
+  Render r;
+  const json start = r.run("");
+  const double zoom = start["view"]["zoom"];
+  const json zoomed = r.run("move 500 300\nwheel 2\n");
+  EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), std::min(1.0, zoom + 0.2), 1e-12);
+
+  // A press on empty canvas pans: the graph follows the mouse.
+  const json panned = r.run("press 40 560\nmove 60 540\nmove 70 530\nrelease 70 530\n");
+  const double scale = start["view"]["scale"];
+  EXPECT_NEAR(panned["view"]["centre"][0].get<double>(), start["view"]["centre"][0].get<double>() - 30 / scale, 1e-9);
+  EXPECT_NEAR(panned["view"]["centre"][1].get<double>(), start["view"]["centre"][1].get<double>() + 30 / scale, 1e-9);
+}
+
+TEST(RenderScript, PictureShowsWhatTheDumpSays) {
+  Render r;
+  const std::string png = r.folder.path("graph.png");
+  const json dump = r.run("", {"--png", png, "--size", "900x600"});
+  std::string why;
+  Ux::Ptr<UxImage> picture = UxImage::loadPNG(png, &why);
+  ASSERT_TRUE(picture) << why;
+  EXPECT_EQ(picture->width(), 900);
+  EXPECT_EQ(picture->height(), 600);
+  // View pixels are bottom-up from the view's origin; PNG rows run from the top.
+  const int ox = dump["view"]["origin"][0], oy = dump["view"]["origin"][1];
+  auto colourAt = [&](const json& box) {
+    const int x = ox + (box[0].get<int>() + box[2].get<int>()) / 2;
+    const int y = oy + (box[1].get<int>() + box[3].get<int>()) / 2;
+    return picture->pixel(x, picture->height() - 1 - y);
+  };
+  auto expectColour = [](Colour got, const json& want, const char* what) {
+    EXPECT_NEAR(got.r, want[0].get<double>(), 0.02) << what;
+    EXPECT_NEAR(got.g, want[1].get<double>(), 0.02) << what;
+    EXPECT_NEAR(got.b, want[2].get<double>(), 0.02) << what;
+  };
+  const json& dissolve = *node(dump, "2.0.1");
+  // Off the title text: a quarter of the way across the bar.
+  json bar = dissolve["titleBar"]["pixels"];
+  bar[2] = bar[0].get<int>() + (bar[2].get<int>() - bar[0].get<int>()) / 4;
+  expectColour(colourAt(bar), dissolve["titleBar"]["colour"], "title bar");
+  const json& matte = *node(dump, "3.0.5");
+  expectColour(colourAt(matte["thumbnail"]["pixels"]), matte["thumbnail"]["colour"], "matte thumbnail");
+  expectColour(colourAt(matte["thumbnail"]["pixels"]), json::array({0.1, 0.25, 0.75}), "the matte's own colour");
+}
+
+TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
+  Render r;
+  const std::string script = r.folder.write("bad.txt", "time 1\n# a comment\nfly 3 4\n");
+  testsupport::ProgramRun run = runProgram({"render", r.edit, "--script", script, "--prefs", r.prefs});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("bad.txt:3: unknown command \"fly\""), std::string::npos) << run.err;
+
+  const std::string broken = r.folder.write("broken.json", "{\"name\": \"x\",\n \"nodes\": 7}\n");
+  run = runProgram({"render", broken, "--prefs", r.prefs});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_NE(run.err.find("broken.json:2: \"nodes\" must be a list"), std::string::npos) << run.err;
+  EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+
+  run = runProgram({"render", r.edit, "--size", "huge"});
+  EXPECT_EQ(run.status, 2);
+}
+
+} // namespace

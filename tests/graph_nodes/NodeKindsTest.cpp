@@ -1,0 +1,127 @@
+// Node kinds as the view makes them, their titles, and what drawing a node
+// costs: stills come from the stills cache, image files are read once.
+#include <typeinfo>
+
+#include <gtest/gtest.h>
+
+#include "graph_nodes/FXGraphViewNodeKinds.h"
+#include "host/render/ImageCache.h"
+#include "host/render/StillsCache.h"
+#include "host/render/VidRenderUtils.h"
+#include "tests/support/ViewFixture.h"
+
+namespace {
+
+using testsupport::EditBuilder;
+using testsupport::ViewFixture;
+
+const IdStamp root(2, 0, 1), flat(3, 0, 1), gradient(3, 0, 2), stripes(3, 0, 3), untagged(3, 0, 4), material(3, 0, 5),
+    image(3, 0, 6), aliasId(3, 0, 7), flatByTag(3, 0, 8);
+
+EditPtr kindsEdit() {
+  EditBuilder b;
+  b.matte(flat, ComplexBackgroundEffect::Mode::flat);
+  b.matte(gradient, ComplexBackgroundEffect::Mode::gradient);
+  b.effect(stripes, "PixShader:Mattes:stripes.fx");
+  b.effect(untagged, "");
+  b.material(material, L"Interview");
+  b.image(image, "logo.png");
+  b.alias(aliasId, material);
+  b.effect(flatByTag, "PixShader:Mattes:flatcol.fx");
+  b.effect(root, "mix", {flat, gradient, stripes, untagged, material, image, aliasId, flatByTag});
+  b.channel(IdStamp(1, 0, 1), L"V1", root);
+  return b.edit();
+}
+
+TEST(NodeKinds, TheViewChoosesTheKindByGraphNodeAndTag) {
+  ViewFixture fx(kindsEdit());
+  struct Expect {
+    IdStamp id;
+    const std::type_info& kind;
+    bool thumbnail;
+  };
+  for (const Expect& e :
+       {Expect{root, typeid(FXGraphViewNode), false}, Expect{flat, typeid(FXGraphViewColourMatteNode), true},
+        Expect{flatByTag, typeid(FXGraphViewColourMatteNode), true},
+        Expect{gradient, typeid(FXGraphViewThumbNode), true}, Expect{stripes, typeid(FXGraphViewThumbNode), true},
+        Expect{untagged, typeid(FXGraphViewNode), false}, Expect{material, typeid(FXGraphViewMatNode), true},
+        Expect{image, typeid(FXGraphViewImageNode), true}, Expect{aliasId, typeid(FXGraphViewAliasNode), false}}) {
+    Ux::Ptr<FXGraphViewNode> n = fx.node(e.id);
+    ASSERT_TRUE(n) << e.id.asString().str();
+    EXPECT_EQ(typeid(*n), e.kind) << e.id.asString().str();
+    EXPECT_EQ(n->hasThumbnail(), e.thumbnail) << e.id.asString().str();
+  }
+  EXPECT_EQ(fx.node(aliasId)->getMainCol(), Palette().window(0)) << "an alias reads as a placeholder";
+
+  const EditPtr& edit = fx.view().getEdit();
+  EXPECT_TRUE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>(edit->openNode(flat))));
+  EXPECT_FALSE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>(edit->openNode(gradient))));
+  EXPECT_FALSE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>(edit->openNode(flatByTag)))) << "not a background";
+  EXPECT_FALSE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>()));
+}
+
+TEST(NodeKinds, TitlesNameTheChannel) {
+  ViewFixture fx(kindsEdit());
+  EXPECT_EQ(fx.node(root)->getTitleStr().str(), L"V1 : fx");
+  EXPECT_EQ(fx.node(material)->getTitleStr().str(), L"Interview : V1");
+}
+
+TEST(NodeKinds, ShotInfoReadsTheProjectDatabase) {
+  ViewFixture fx(ViewFixture::loadExample("promo.json"));
+  auto interview = Ux::dynamicCast<MaterialUsageNode>(fx.view().getEdit()->openNode(IdStamp(3, 0, 1)));
+  ASSERT_TRUE(interview);
+  EXPECT_EQ(getShotInfo(interview->getMaterialCookie(), "name"), "Interview");
+  EXPECT_TRUE(getShotInfo(Cookie(), "name").empty());
+}
+
+class DrawnPromo : public ::testing::Test {
+protected:
+  ViewFixture fx{ViewFixture::loadExample("promo.json")};
+};
+
+TEST_F(DrawnPromo, CachedStillsAreNotRenderedAgain) {
+  Ux::Ptr<FXGraphViewNode> sky = fx.node(IdStamp(3, 0, 6)); // a gradient matte
+  ASSERT_TRUE(sky && dynamic_cast<FXGraphViewThumbNode*>(sky.get()));
+  ASSERT_TRUE(sky->drawnLast());
+  ASSERT_EQ(sky->lastThumbnailTime(), 0) << "its thumbnail was drawn";
+
+  const unsigned rendered = Render::VidRenderUtils::stillsRendered();
+  fx.view().redraw();
+  EXPECT_EQ(Render::VidRenderUtils::stillsRendered(), rendered);
+
+  Render::StillsCache::instance().clear();
+  fx.view().redraw();
+  EXPECT_GT(Render::VidRenderUtils::stillsRendered(), rendered);
+}
+
+TEST_F(DrawnPromo, AnUnchangedImageFileIsNotReadAgain) {
+  auto* logo = dynamic_cast<FXGraphViewImageNode*>(fx.node(IdStamp(3, 0, 3)).get());
+  ASSERT_TRUE(logo);
+  ASSERT_EQ(logo->thumbnailLoads(), 1u);
+  fx.view().redraw();
+  EXPECT_EQ(logo->thumbnailLoads(), 1u);
+
+  Ux::dynamicCast<ImageImportEffect>(logo->graphNode())->setFile("elsewhere.png");
+  fx.view().redraw();
+  EXPECT_EQ(logo->thumbnailLoads(), 2u);
+}
+
+TEST_F(DrawnPromo, ThumbnailsTellTheColourAtTheirMiddle) {
+  Colour c;
+  ASSERT_TRUE(fx.node(IdStamp(3, 0, 5))->thumbnailColour(c)); // the flat blue matte
+  EXPECT_EQ(c, Colour(0.1, 0.25, 0.75));
+  ASSERT_TRUE(fx.node(IdStamp(3, 0, 6))->thumbnailColour(c)); // orange at the bottom, blue at the top
+  EXPECT_NEAR(c.r, (0.95 + 0.2) / 2, 0.05);
+  EXPECT_NEAR(c.b, (0.3 + 0.9) / 2, 0.05);
+  EXPECT_FALSE(fx.node(IdStamp(2, 0, 1))->thumbnailColour(c)) << "a plain node shows no picture";
+}
+
+TEST_F(DrawnPromo, ANodeOutsideTheViewDrawsNothing) {
+  Ux::Ptr<FXGraphViewNode> node = fx.node(IdStamp(2, 0, 1));
+  ASSERT_TRUE(node && node->drawnLast());
+  node->setPosition(100, 100, false);
+  node->draw();
+  EXPECT_FALSE(node->drawnLast());
+}
+
+} // namespace
