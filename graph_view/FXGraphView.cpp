@@ -123,12 +123,29 @@ bool FXGraphView::handleTimerEvent(const Event&) {
     } else {
       setAutoScrollState(false);
     }
-  } else if (anchor_) {
-    // The dragged wire follows the mouse.
-    redraw();
+  } else {
+    // A fade moves on only on ticks that do not scroll.
+    if (!fading_.empty() && fadeProgress_ < 1) {
+      fadeProgress_ = std::min(1.0, fadeProgress_ + (now - lastTick_) / fadeSeconds);
+      if (fadeProgress_ >= 1) {
+        fading_.clear();
+        disableETime();
+      }
+      redraw();
+    } else if (anchor_) {
+      // The dragged wire follows the mouse.
+      redraw();
+    }
   }
   lastTick_ = now;
   return true;
+}
+
+void FXGraphView::startFade(std::vector<IdStamp> ids) {
+  const bool running = !fading_.empty() && fadeProgress_ < 1;
+  fading_ = std::move(ids);
+  fadeProgress_ = 0;
+  if (!running) enableETime();
 }
 
 // -- notifications ----------------------------------------------------------------
@@ -155,6 +172,9 @@ void FXGraphView::handleModifications(const EditModifications& mods, const VobMo
   }
   recalcNodeList(true);
   checkForCoincidentNodes();
+  keepCanvasAroundGraph();
+  // A graph that no longer fits is brought back into view; one that fits is left alone.
+  resetView(1, 1);
   redraw();
 }
 

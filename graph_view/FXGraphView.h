@@ -157,6 +157,13 @@ public:
   void drawPrimaryNodeHighlight();
   void drawDraggedConnection();
   void drawNodeNames();
+  // A preview of the picture the graph makes (the primary node's still) in
+  // the view's top-right corner.
+  void drawStills();
+  // Nodes that appeared in the last rebuild glow and fade over 0.4 s.
+  void drawFades();
+  static constexpr double fadeSeconds = 0.4;
+  double fadeProgress() const noexcept { return fadeProgress_; }
   // Text in a box of view pixels (the nodes' titles and labels).
   void drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
                 const LightweightString<char>& font, int pointSize = 0);
@@ -242,6 +249,9 @@ private:
 
   // Drawing.
   double structure_[2] = {1e99, 0};
+  std::vector<IdStamp> fading_;
+  double fadeProgress_ = 1;
+  void startFade(std::vector<IdStamp> ids);
 
   // The drag state.
   Ux::Ptr<FXGraphViewNode> anchor_;

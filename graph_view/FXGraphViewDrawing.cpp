@@ -6,6 +6,8 @@
 #include <cmath>
 
 #include "graph_view/FXGraphView.h"
+#include "host/render/StillsCache.h"
+#include "host/render/VidRenderUtils.h"
 
 void FXGraphView::draw() { drawBackground(); }
 
@@ -39,7 +41,9 @@ void FXGraphView::drawBackground() {
   drawConnections(eHighlightEdge);
   drawNodes();
   drawConnections(eNormalEdge);
+  drawFades();
   drawDraggedConnection();
+  drawStills();
 }
 
 void FXGraphView::drawConnections(eEdgeType type) {
@@ -115,6 +119,7 @@ void FXGraphView::drawNodes() {
     node->draw();
     node->setVisibleFlag(node->drawnLast());
   }
+  drawNodeNames();
   // The channel cache remembers where each node was last drawn.
   for (const auto& node : nodes_) channelCache_[{node->getNodeID(), node->channelIndex()}] = node->getPosition();
 }
@@ -146,7 +151,63 @@ void FXGraphView::drawDraggedConnection() {
 }
 
 void FXGraphView::drawNodeNames() {
-  // Titles are drawn by the nodes themselves in their title bars.
+  // Nodes show their titles in their title bars; once those are too small
+  // to read, the names go under the boxes instead, while there is room.
+  const int titleHeight = static_cast<int>(scale_ * 0.025 + 0.5);
+  if (titleHeight >= 9 || scale_ * 0.125 < 40) return;
+  for (const auto& node : nodes_) {
+    if (!node->drawnLast()) continue;
+    const PixelBox b = node->pixelBox();
+    const int w = b.x1 - b.x0;
+    drawText({b.x0 - w / 4, b.y0 - 14, b.x1 + w / 4, b.y0 - 2}, node->getTitleStr(), getPalette().text(), {}, 7);
+  }
+}
+
+void FXGraphView::drawStills() {
+  const auto w = getWindowPos();
+  if (w.x1 - w.x0 < 360 || w.y1 - w.y0 < 240 || !edit_) return;
+  Ux::Ptr<FXGraphViewNode> primary;
+  for (const auto& n : nodes_)
+    if (n->isPrimary()) primary = n;
+  if (!primary) return;
+  const int pw = (w.x1 - w.x0) / 5, ph = pw * 9 / 16;
+  const PixelBox box{w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
+  if (!drawArea(box)) return;
+  EditGraphIterator at = getIteratorFor(primary->getNodeID(), 9);
+  if (!at.isValid()) return;
+  const Render::RenderContext context(at, VideoFormat{"preview", pw, ph, edit_->getVideoMetadata().aspectRatio()});
+  Render::StillsCache& cache = Render::StillsCache::instance();
+  Ux::Ptr<UxImage> still = cache.getStillImage(context);
+  if (!still) {
+    still = Render::VidRenderUtils::renderStill(context);
+    cache.add(context, still);
+  }
+  CanvasRenderer r = canvas().renderer();
+  r.renderPrimitive(
+      Glib::RectDescription{{box.x0 - 2, box.y0 - 2, box.x1 + 2, box.y1 + 2}, fromColour(getPalette().window(6))});
+  r.renderPrimitive(Glib::ImageDescription{box, still});
+  r.addModifiedArea(box);
+}
+
+void FXGraphView::drawFades() {
+  if (fading_.empty() || fadeProgress_ >= 1) return;
+  // A ring round each new node, strongest when it appears.
+  const double strength = 1 - fadeProgress_;
+  // Cool blue, apart from the primary node's warm highlight.
+  const Colour glow(0.45, 0.8, 1.0, strength);
+  for (const IdStamp& id : fading_) {
+    Ux::Ptr<FXGraphViewNode> n = findViewRecForNode(id);
+    if (!n || !n->drawnLast()) continue;
+    const PixelBox b = n->pixelBox();
+    const int ring = std::max(2, static_cast<int>(scale_ * 0.008));
+    for (int k = 0; k < ring; ++k) {
+      const PixelBox frame{b.x0 - k - 1, b.y0 - k - 1, b.x1 + k + 1, b.y1 + k + 1};
+      if (!drawArea(frame)) continue;
+      CanvasRenderer r = canvas().renderer();
+      r.renderPrimitive(Glib::FrameDescription{frame, fromColour(glow), 1});
+      r.addModifiedArea(frame);
+    }
+  }
 }
 
 void FXGraphView::drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,

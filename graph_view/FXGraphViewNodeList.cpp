@@ -65,6 +65,14 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   if (manager) manager->resumeNotifications();
   // 11.
   if (sendGroupUpdate && manager) manager->sendGeneralUpdateNotification("GroupUpdateMsg");
+  // Nodes new to a list that had nodes before are marked as they appear.
+  if (!old.empty()) {
+    std::vector<IdStamp> fresh;
+    for (const auto& n : nodes_)
+      if (std::none_of(old.begin(), old.end(), [&](const auto& o) { return o->getNodeID() == n->getNodeID(); }))
+        fresh.push_back(n->getNodeID());
+    if (!fresh.empty()) startFade(std::move(fresh));
+  }
   // 12. The old nodes go as their last references do.
   old.clear();
   updateScrollbars(false);
