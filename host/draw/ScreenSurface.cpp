@@ -8,7 +8,6 @@
 #include <cairo-svg.h>
 #include <cairo.h>
 #include <cmath>
-#include <fontconfig/fontconfig.h>
 #include <pango/pangocairo.h>
 
 namespace {
@@ -27,20 +26,6 @@ std::string fontFamily(const LightweightString<char>& font) {
   return font.str();
 }
 
-#ifdef __SANITIZE_ADDRESS__
-// pango's font map and fontconfig's caches are kept until the process ends
-// and never freed, which the leak checker reports as leaks. Under it they are
-// released at exit, after the last surface has gone (this object is made
-// when the library loads, before any surface), so that its report shows only
-// real leaks.
-struct FontStateRelease {
-  ~FontStateRelease() {
-    pango_cairo_font_map_set_default(nullptr);
-    cairo_debug_reset_static_data();
-    FcFini();
-  }
-} fontStateRelease;
-#endif
 
 } // namespace
 

@@ -2,6 +2,7 @@
 
 namespace {
 struct Project {
+  ARCSettings arc;
   bool lutEnabled = false;
   ViewLUT lut = ViewLUT::identity();
 };
@@ -20,7 +21,9 @@ ViewLUT ViewLUT::identity() {
 
 ImageFormat getIntermediateImageFormat() { return {}; }
 
-ARCSettings getARCSettings() { return {}; }
+ARCSettings getARCSettings() { return project().arc; }
+
+void setARCSettings(const ARCSettings& arc) { project().arc = arc; }
 
 bool getViewLUTEnabled() { return project().lutEnabled; }
 

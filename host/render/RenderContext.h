@@ -11,8 +11,11 @@ struct FXHOST_API ImageFormat {
   int bitsPerChannel = 8;
 };
 struct FXHOST_API ARCSettings {
-  // How a picture of another shape is fitted: 0 letterbox (whole picture shown).
-  int fit = 0;
+  // How a picture file of another shape goes into the frame: 0 letterbox
+  // (the whole picture, bars around it), 1 centre cut (the frame filled, the
+  // picture's overhang cut off), 2 stretch (the frame filled, shape lost).
+  enum { letterbox = 0, centreCut = 1, stretch = 2 };
+  int fit = letterbox;
 };
 // A view look-up table: per channel, 256 output levels.
 struct FXHOST_API ViewLUT {
@@ -21,6 +24,7 @@ struct FXHOST_API ViewLUT {
 };
 FXHOST_API ImageFormat getIntermediateImageFormat();
 FXHOST_API ARCSettings getARCSettings();
+FXHOST_API void setARCSettings(const ARCSettings& arc);
 FXHOST_API bool getViewLUTEnabled();
 FXHOST_API const ViewLUT& getViewLUT();
 // Turns the project's view LUT on (with its table) or off.

@@ -7,30 +7,63 @@ template class Loki::SingletonHolder<Render::StillsCache, Loki::CreateUsingNew, 
                                      Ux::ThreadSafe>;
 
 namespace Render {
+namespace {
+
+std::size_t pixelBytes(const UxImage& image) {
+  return static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4;
+}
+
+// The nodes an edit's graph under `head` can reach at any time: an input that
+// names a channel reaches every node the channel's cels show.
+std::set<IdStamp> graphNodes(const Edit& edit, const IdStamp& head) {
+  std::set<IdStamp> nodes;
+  std::set<IdStamp> channelsSeen;
+  std::vector<IdStamp> todo{head};
+  while (!todo.empty()) {
+    const IdStamp id = todo.back();
+    todo.pop_back();
+    if (Ux::Ptr<FXGraphNodeBase> node = edit.openNode(id)) {
+      if (!nodes.insert(id).second) continue;
+      for (unsigned i = 0; i < node->getNumInputs(); ++i) todo.push_back(node->getInputTrackId(i));
+    } else if (const int chan = edit.findChan(id); chan >= 0 && channelsSeen.insert(id).second) {
+      for (const Cel& cel : edit.getChan(chan).cels)
+        if (cel.kind != Cel::Kind::black) todo.push_back(cel.ref);
+    }
+  }
+  return nodes;
+}
+
+} // namespace
 
 StillsCache& StillsCache::instance() { return TheStillsCache::Instance(); }
 
-bool StillsCache::keyFor(const RenderContext& context, Key& key, uint64_t& revision) {
+bool StillsCache::keyFor(const RenderContext& context, Key& key, const Edit*& edit, uint64_t& revision) {
   const EditGraphIterator& at = context.iterator();
   if (!at.isValid() || !at.getEdit()) return false;
-  const Edit& edit = *at.getEdit();
-  key = Key{edit.getCookie(), at.getNode()->getId(),
-            static_cast<int64_t>(std::llround(context.time() * edit.getFrameRate())), context.format().width,
+  edit = at.getEdit().get();
+  key = Key{edit->getCookie(), at.getNode()->getId(),
+            static_cast<int64_t>(std::llround(context.time() * edit->getFrameRate())), context.format().width,
             context.format().height};
-  revision = edit.revision();
+  revision = edit->revision();
   return true;
+}
+
+void StillsCache::drop(std::map<Key, Entry>::iterator it) {
+  bytes_ -= pixelBytes(*it->second.still);
+  uses_.erase(it->second.use);
+  stills_.erase(it);
 }
 
 Ux::Ptr<UxImage> StillsCache::getStillImage(const RenderContext& context) {
   Key key;
+  const Edit* edit = nullptr;
   uint64_t revision = 0;
-  if (!keyFor(context, key, revision)) return nullptr;
+  if (!keyFor(context, key, edit, revision)) return nullptr;
   std::lock_guard lock(mutex_);
   auto it = stills_.find(key);
   if (it == stills_.end()) return nullptr;
-  if (it->second.revision != revision) {
-    uses_.erase(it->second.use);
-    stills_.erase(it);
+  if (it->second.revision != revision || it->second.edit != edit) {
+    drop(it);
     return nullptr;
   }
   uses_.splice(uses_.begin(), uses_, it->second.use);
@@ -39,41 +72,32 @@ Ux::Ptr<UxImage> StillsCache::getStillImage(const RenderContext& context) {
 
 void StillsCache::add(const RenderContext& context, const Ux::Ptr<UxImage>& still) {
   Key key;
+  const Edit* edit = nullptr;
   uint64_t revision = 0;
-  if (!still || !keyFor(context, key, revision)) return;
+  if (!still || !keyFor(context, key, edit, revision)) return;
+  const std::size_t size = pixelBytes(*still);
   std::lock_guard lock(mutex_);
-  if (auto it = stills_.find(key); it != stills_.end()) {
-    uses_.erase(it->second.use);
-    stills_.erase(it);
-  }
+  if (auto it = stills_.find(key); it != stills_.end()) drop(it);
+  if (size > byteBudget) return;
   uses_.push_front(key);
-  stills_[key] = Entry{still, revision, uses_.begin()};
-  while (stills_.size() > capacity) {
-    stills_.erase(uses_.back());
-    uses_.pop_back();
-  }
+  stills_[key] = Entry{still, edit, revision, uses_.begin()};
+  bytes_ += size;
+  while (stills_.size() > capacity || bytes_ > byteBudget) drop(stills_.find(uses_.back()));
 }
 
-void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head) {
+void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head, double from, double to) {
   if (!edit) return;
-  // The graph's nodes whatever the time: a still of any frame of them goes.
-  std::set<IdStamp> nodes;
-  std::vector<IdStamp> todo{head};
-  while (!todo.empty()) {
-    const IdStamp id = todo.back();
-    todo.pop_back();
-    Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
-    if (!node || !nodes.insert(id).second) continue;
-    for (unsigned i = 0; i < node->getNumInputs(); ++i) todo.push_back(node->getInputTrackId(i));
-  }
+  const std::set<IdStamp> nodes = graphNodes(*edit, head);
+  const double fps = edit->getFrameRate();
+  auto inRange = [&](int64_t frame) {
+    return (std::isinf(from) || frame >= std::llround(from * fps)) &&
+           (std::isinf(to) || frame < std::llround(to * fps));
+  };
   std::lock_guard lock(mutex_);
   for (auto it = stills_.begin(); it != stills_.end();) {
-    if (it->first.edit == edit->getCookie() && nodes.count(it->first.node)) {
-      uses_.erase(it->second.use);
-      it = stills_.erase(it);
-    } else {
-      ++it;
-    }
+    auto next = std::next(it);
+    if (it->first.edit == edit->getCookie() && nodes.count(it->first.node) && inRange(it->first.frame)) drop(it);
+    it = next;
   }
 }
 
@@ -81,11 +105,17 @@ void StillsCache::clear() {
   std::lock_guard lock(mutex_);
   stills_.clear();
   uses_.clear();
+  bytes_ = 0;
 }
 
 std::size_t StillsCache::size() const {
   std::lock_guard lock(mutex_);
   return stills_.size();
+}
+
+std::size_t StillsCache::bytes() const {
+  std::lock_guard lock(mutex_);
+  return bytes_;
 }
 
 } // namespace Render

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <limits>
 #include <list>
 #include <map>
 #include <mutex>
@@ -14,20 +15,28 @@ namespace Render {
 
 // The process-wide cache of rendered stills: one picture per (edit, node,
 // frame, size). A still is stale once its edit's revision has moved on, and
-// the least recently used go first when the cache is full.
+// the least recently used go first when the cache is full (by count or by
+// bytes). Pictures handed out are shared: callers must not change them.
 class FXHOST_API StillsCache {
 public:
   static constexpr std::size_t capacity = 256;
+  // Pixel bytes kept at most; a still bigger than this is not kept at all.
+  static constexpr std::size_t byteBudget = std::size_t(256) << 20;
 
   static StillsCache& instance();
 
   // The cached still for the context, or null.
   Ux::Ptr<UxImage> getStillImage(const RenderContext& context);
   void add(const RenderContext& context, const Ux::Ptr<UxImage>& still);
-  // Forgets the stills of every node of the graph under `head`.
-  void forgetGraph(const EditPtr& edit, const IdStamp& head);
+  // Forgets the stills of every node of the graph under `head` (inputs that
+  // name a channel reach whatever that channel holds at any time) whose
+  // frame lies in [from, to), seconds of edit time.
+  void forgetGraph(const EditPtr& edit, const IdStamp& head, double from = -std::numeric_limits<double>::infinity(),
+                   double to = std::numeric_limits<double>::infinity());
   void clear();
   std::size_t size() const;
+  // Pixel bytes held.
+  std::size_t bytes() const;
 
 private:
   struct Key {
@@ -39,14 +48,19 @@ private:
   };
   struct Entry {
     Ux::Ptr<UxImage> still;
+    // Which edit made it: another edit with the same cookie (the file opened
+    // again) has its own revisions. Compared, never dereferenced.
+    const Edit* edit;
     uint64_t revision;
     std::list<Key>::iterator use;
   };
-  static bool keyFor(const RenderContext& context, Key& key, uint64_t& revision);
+  static bool keyFor(const RenderContext& context, Key& key, const Edit*& edit, uint64_t& revision);
+  void drop(std::map<Key, Entry>::iterator it); // mutex_ held
 
   mutable std::mutex mutex_;
   std::map<Key, Entry> stills_;
   std::list<Key> uses_; // most recent first
+  std::size_t bytes_ = 0;
 };
 
 using TheStillsCache =

@@ -14,6 +14,7 @@
 #include <cairo.h>
 
 #include "host/edit/GraphNodeKinds.h"
+#include "host/notify/Log.h"
 #include "host/render/ImageCache.h"
 #include "host/render/MaterialManager.h"
 #include "host/render/StillsCache.h"
@@ -100,14 +101,22 @@ void paste(UxImage& frame, const UxImage& picture, double x, double y, double w,
   cairo_surface_destroy(dst);
 }
 
-// A picture fitted whole into the frame, keeping its shape, over a ground:
+// A picture file (square pixels) placed into a frame of `aspect` (the
+// frame's display shape) as the picture-shape settings say, over a ground:
 // black for material, clear for an imported image so that what it is laid
 // over shows through its transparent parts.
-Image letterboxed(const Image& picture, int w, int h, bool clearGround = false) {
+Image fitted(const Image& picture, int w, int h, double aspect, const ARCSettings& arc, bool clearGround = false) {
   Image frame = clearGround ? Image(new UxImage(w, h)) : blank(w, h);
-  if (!picture) return frame;
-  const double k = std::min(double(w) / picture->width(), double(h) / picture->height());
-  const double pw = picture->width() * k, ph = picture->height() * k;
+  if (!picture || picture->width() == 0 || picture->height() == 0) return frame;
+  if (arc.fit == ARCSettings::stretch) {
+    paste(*frame, *picture, 0, 0, w, h);
+    return frame;
+  }
+  // Shapes compared on screen; the frame's pixels need not be square.
+  const double pictureAspect = double(picture->width()) / picture->height();
+  const bool fullWidth = (pictureAspect > aspect) == (arc.fit == ARCSettings::letterbox);
+  const double pw = fullWidth ? w : w * pictureAspect / aspect;
+  const double ph = fullWidth ? h * aspect / pictureAspect : h;
   paste(*frame, *picture, (w - pw) / 2, (h - ph) / 2, pw, ph);
   return frame;
 }
@@ -173,20 +182,36 @@ Image colourCorrect(const Image& in, const std::vector<double>& gain) {
   return out;
 }
 
+// The table maps colour levels, so a pixel that is not opaque is looked up
+// without its opacity and premultiplied again.
 void applyLUT(UxImage& image, const ViewLUT& lut) {
   const std::size_t n = static_cast<std::size_t>(image.width()) * image.height();
   for (std::size_t i = 0; i < n; ++i) {
     const uint32_t p = image.data()[i];
-    image.data()[i] = (p & 0xFF000000u) | uint32_t(lut.table[0][(p >> 16) & 255]) << 16 |
-                      uint32_t(lut.table[1][(p >> 8) & 255]) << 8 | uint32_t(lut.table[2][p & 255]);
+    const uint32_t a = p >> 24;
+    if (a == 0) continue;
+    auto level = [&](int channel, int shift) {
+      uint32_t v = (p >> shift) & 255;
+      if (a < 255) v = std::min<uint32_t>(255, (v * 255 + a / 2) / a);
+      v = lut.table[static_cast<std::size_t>(channel)][v];
+      return (a < 255 ? (v * a + 127) / 255 : v) << shift;
+    };
+    image.data()[i] = (p & 0xFF000000u) | level(0, 16) | level(1, 8) | level(2, 0);
   }
 }
 
 // -- walk ---------------------------------------------------------------------
 
+// Inputs are followed this many steps down from the position rendered;
+// deeper ones show black. Each step may hold a frame while its other inputs
+// render, so the depth bounds the memory a still takes.
+constexpr int maxInputDepth = 64;
+
 class Walk {
 public:
-  Walk(EditGraphIterator at, int w, int h) : at_(std::move(at)), w_(w), h_(h) {}
+  explicit Walk(const RenderContext& context)
+      : at_(context.iterator()), top_(at_.getDepth()), w_(context.format().width), h_(context.format().height),
+        aspect_(context.format().aspect > 0 ? context.format().aspect : double(w_) / h_), arc_(context.arc()) {}
 
   Image node() {
     Ux::Ptr<FXGraphNodeBase> here = at_.getNode();
@@ -200,14 +225,13 @@ public:
       if (m->getTrackType() != TrackType::video || m->getMedia() == MaterialUsageNode::Media::tone)
         return blank(w_, h_);
       if (m->getMedia() == MaterialUsageNode::Media::testCard) return testCard(m->getSource().str(), w_, h_);
-      return letterboxed(ImageCache::loadImage(path(m->getSource().str()), nullptr, 0, 0), w_, h_);
+      return fitted(ImageCache::loadImage(path(m->getSource().str()), nullptr, 0, 0), w_, h_, aspect_, arc_);
     }
     auto* effect = dynamic_cast<EffectInstance*>(here.get());
     if (!effect || effect->getTrackType() != TrackType::video) return blank(w_, h_);
     if (auto* image = dynamic_cast<ImageImportEffect*>(effect))
-      return letterboxed(
-          ImageCache::loadImage(MaterialManager::findFileForImageClip(*image, *at_.getEdit()), nullptr, 0, 0), w_, h_,
-          true);
+      return fitted(ImageCache::loadImage(MaterialManager::findFileForImageClip(*image, *at_.getEdit()), nullptr, 0, 0),
+                    w_, h_, aspect_, arc_, true);
     if (auto* bg = dynamic_cast<ComplexBackgroundEffect*>(effect)) return matte(*bg, t, w_, h_);
     // A bypassed effect and a stand-in show what feeds them.
     if (!effect->isActive() || dynamic_cast<AliasedInputEffect*>(effect)) return input(0);
@@ -224,6 +248,11 @@ public:
 
 private:
   Image input(int i) {
+    if (at_.getDepth() - top_ >= maxInputDepth) {
+      if (!tooDeepTold_) debugPrintf("Still: inputs deeper than %d steps show black\n", maxInputDepth);
+      tooDeepTold_ = true;
+      return blank(w_, h_);
+    }
     if (!at_.moveToInput(i)) return blank(w_, h_);
     Image picture = node();
     at_.moveBack();
@@ -236,7 +265,11 @@ private:
   }
 
   EditGraphIterator at_;
+  int top_; // the depth of the position rendered
   int w_, h_;
+  double aspect_;
+  ARCSettings arc_;
+  bool tooDeepTold_ = false;
 };
 
 } // namespace
@@ -245,17 +278,22 @@ Ux::Ptr<UxImage> VidRenderUtils::renderStill(const RenderContext& context) {
   const VideoFormat& f = context.format();
   if (!f.valid() || f.width > DigitalVideoFormats::maxSide || f.height > DigitalVideoFormats::maxSide) return nullptr;
   ++rendered;
-  Image picture = context.iterator().isValid() && context.iterator().getEdit()
-                      ? Walk(context.iterator(), f.width, f.height).node()
-                      : blank(f.width, f.height);
+  Image picture =
+      context.iterator().isValid() && context.iterator().getEdit() ? Walk(context).node() : blank(f.width, f.height);
   if (context.hasViewLUT()) applyLUT(*picture, context.viewLUT());
   return picture;
 }
 
-void VidRenderUtils::unRender(const CelEventPair& cel, bool) {
-  ce_handle graph = cel.getEffectHandle();
-  if (!graph.valid() || !graph.id().valid()) return;
-  StillsCache::instance().forgetGraph(graph.edit(), graph.id());
+void VidRenderUtils::unRender(const CelEventPair& cel, bool everyFrame) {
+  const ce_handle handle = cel.getEffectHandle();
+  if (!handle.valid()) return;
+  // A graph cel's graph, or the material a material cel shows.
+  const IdStamp head = handle.id().valid() ? handle.id() : cel.getMaterialId();
+  if (!head.valid()) return;
+  if (everyFrame)
+    StillsCache::instance().forgetGraph(handle.edit(), head);
+  else
+    StillsCache::instance().forgetGraph(handle.edit(), head, cel.editTime(), cel.endEditTime());
 }
 
 unsigned VidRenderUtils::stillsRendered() { return rendered.load(); }
