@@ -1,6 +1,7 @@
 #include "host/config/EditorPreferences.h"
 
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -102,7 +103,10 @@ bool EditorPreferences::setPreference(const LightweightString<char>& key, double
 }
 
 bool EditorPreferences::setPreference(const LightweightString<char>& key, XY<int> value) {
-  return store(key, "(" + std::to_string(value.x) + "," + std::to_string(value.y) + ")");
+  // Formatted in one go: "(x,y)".
+  char text[32];
+  std::snprintf(text, sizeof text, "(%d,%d)", value.x, value.y);
+  return store(key, text);
 }
 
 bool EditorPreferences::setPreference(const LightweightString<char>& key, const LightweightString<char>& value) {
