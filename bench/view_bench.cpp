@@ -41,9 +41,13 @@ private:
   FXGraphView* view_;
 };
 
+std::map<unsigned, std::unique_ptr<Scene>>& scenes() {
+  static std::map<unsigned, std::unique_ptr<Scene>> all;
+  return all;
+}
+
 Scene& scene(unsigned nodes) {
-  static std::map<unsigned, std::unique_ptr<Scene>> scenes;
-  auto& s = scenes[nodes];
+  auto& s = scenes()[nodes];
   if (!s) s = std::make_unique<Scene>(nodes);
   return *s;
 }
@@ -85,6 +89,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
+  scenes().clear();
   GlobManager::shutdown();
   return 0;
 }

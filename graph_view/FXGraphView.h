@@ -14,6 +14,7 @@
 // own bottom-up pixels). Conversions live here and say which way they go.
 #include <map>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "graph_nodes/FXGraphViewNode.h"
@@ -239,8 +240,12 @@ private:
   bool autoScroll_ = false;
   double lastTick_ = 0; // seconds
 
-  // The node list.
+  // The node list, and the index of the first node of each id in it.
   std::vector<Ux::Ptr<FXGraphViewNode>> nodes_;
+  std::unordered_map<IdStamp, std::size_t> nodeIndex_;
+  void appendNode(const Ux::Ptr<FXGraphViewNode>& node);
+  // The focused edit's position manager, fetched once per focus.
+  mutable Ux::Ptr<NodeUIPosManager> manager_;
   ValServer<bool> manualPositioning_{true};
   std::map<std::pair<IdStamp, int>, XY<double>> channelCache_;
   Ux::Ptr<FXGraphViewNode> extremes_[4];

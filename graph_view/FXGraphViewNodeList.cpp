@@ -19,7 +19,20 @@ constexpr int wholeEditFocus = 10;
 constexpr int singleFocusOption = 2;
 } // namespace
 
-Ux::Ptr<NodeUIPosManager> FXGraphView::positionManager() const { return NodeUIPosManager::getManagerFor(edit_); }
+Ux::Ptr<NodeUIPosManager> FXGraphView::positionManager() const {
+  // Fetching prunes and re-registers every record: done once per edit
+  // focused, not at every lookup.
+  if (!edit_)
+    manager_.reset();
+  else if (!manager_ || manager_->getEdit() != edit_)
+    manager_ = NodeUIPosManager::getManagerFor(edit_);
+  return manager_;
+}
+
+void FXGraphView::appendNode(const Ux::Ptr<FXGraphViewNode>& node) {
+  nodeIndex_.try_emplace(node->getNodeID(), nodes_.size());
+  nodes_.push_back(node);
+}
 
 void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // 1. Never under a connection drag: the request is dropped.
@@ -38,6 +51,7 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // 4, 5.
   std::vector<Ux::Ptr<FXGraphViewNode>> old;
   old.swap(nodes_);
+  nodeIndex_.clear();
   createViewNodeRecs();
   // 6. The node standing for the focus.
   if (edit_) {
@@ -47,11 +61,13 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
     if (focus.isValid())
       for (const auto& n : nodes_) n->setPrimary(n->isEquivalentTo(focus));
   }
-  // 7. Positions carried over from the old node with the same id.
+  // 7. Positions carried over from the first old node with the same id.
+  std::unordered_map<IdStamp, const FXGraphViewNode*> oldById;
+  for (const auto& o : old) oldById.try_emplace(o->getNodeID(), o.get());
   for (const auto& n : nodes_) {
-    auto it = std::find_if(old.begin(), old.end(), [&](const auto& o) { return o->getNodeID() == n->getNodeID(); });
-    if (it == old.end()) continue;
-    const XY<double> p = (*it)->getPosition();
+    auto it = oldById.find(n->getNodeID());
+    if (it == oldById.end()) continue;
+    const XY<double> p = it->second->getPosition();
     n->suspendNotifications();
     n->setPosition(p.x, p.y, true);
     n->resumeNotifications();
@@ -69,8 +85,7 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   if (!old.empty()) {
     std::vector<IdStamp> fresh;
     for (const auto& n : nodes_)
-      if (std::none_of(old.begin(), old.end(), [&](const auto& o) { return o->getNodeID() == n->getNodeID(); }))
-        fresh.push_back(n->getNodeID());
+      if (!oldById.count(n->getNodeID())) fresh.push_back(n->getNodeID());
     if (!fresh.empty()) startFade(std::move(fresh));
   }
   // 12. The old nodes go as their last references do.
@@ -109,7 +124,7 @@ int FXGraphView::createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNo
     if (Ux::Ptr<NodeUIPosManager> manager = positionManager())
       node->followStoredRecord(manager->createPosRec(graphNode->getId(), edit_->getCookie()));
     assignPositionFromChannel(node.get());
-    nodes_.push_back(node);
+    appendNode(node);
     created = 1;
   }
   // The last root that reaches a shared node wins.
@@ -168,9 +183,8 @@ void FXGraphView::calcVisibleNodeList(Vector<IdStamp>& out) const {
 }
 
 Ux::Ptr<FXGraphViewNode> FXGraphView::findViewRecForNode(const IdStamp& id) const {
-  for (const auto& n : nodes_)
-    if (n->getNodeID() == id) return n;
-  return nullptr;
+  auto it = nodeIndex_.find(id);
+  return it == nodeIndex_.end() ? nullptr : nodes_[it->second];
 }
 
 NodeUIPosRec* FXGraphView::getPosRecForNode(const IdStamp& id) {
@@ -398,7 +412,10 @@ void FXGraphView::relativeMoveTree(EditGraphIterator& at, double dx, double dy, 
   }
 }
 
-void FXGraphView::flushNodeList() { nodes_.clear(); }
+void FXGraphView::flushNodeList() {
+  nodes_.clear();
+  nodeIndex_.clear();
+}
 
 EditGraphIterator FXGraphView::getIteratorFor(const IdStamp& id, int flags) const {
   if (!edit_) return {};

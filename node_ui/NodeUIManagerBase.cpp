@@ -14,18 +14,14 @@ const NotifyMsgType NodeUIManagerBase::generalMsgType_ =
     NotifyMsgTypeDictionary::instance().intern("NodeManagerGeneral");
 
 namespace {
-LightweightString<char> recordText(const NodeUIRecBase* rec) {
-  return formatText("%p", static_cast<const void*>(rec));
-}
+LightweightString<char> recordText(const NodeUIRecBase* rec) { return formatText("%p", static_cast<const void*>(rec)); }
 } // namespace
 
 NodeUIManagerBase::NodeUIManagerBase() = default;
 
 NodeUIManagerBase::NodeUIManagerBase(const EditPtr& edit) : edit_(edit) {}
 
-NodeUIManagerBase::~NodeUIManagerBase() {
-  flushList();
-}
+NodeUIManagerBase::~NodeUIManagerBase() { flushList(); }
 
 NodeUIManagerBase& NodeUIManagerBase::operator=(const NodeUIManagerBase& other) {
   if (this == &other) return *this;
@@ -37,7 +33,7 @@ NodeUIManagerBase& NodeUIManagerBase::operator=(const NodeUIManagerBase& other) 
     if (!copied) continue;
     copied->assign(rec);
     copied->setManager(this);
-    records_.append(copied);
+    appendRecord(copied);
   }
   return *this;
 }
@@ -54,13 +50,32 @@ void NodeUIManagerBase::setEdit(const EditPtr& edit) {
 }
 
 NodeUIRecBase* NodeUIManagerBase::findRec(const IdStamp& node) const {
-  for (NodeUIRecBase* rec : records_.as<NodeUIRecBase>())
-    if (rec->getNodeId() == node) return rec;
-  return nullptr;
+  auto it = firstForNode_.find(node);
+  return it == firstForNode_.end() ? nullptr : it->second;
+}
+
+bool NodeUIManagerBase::appendRecord(NodeUIRecBase* rec) {
+  if (!records_.append(rec)) return false;
+  firstForNode_.try_emplace(rec->getNodeId(), rec);
+  return true;
+}
+
+void NodeUIManagerBase::destroyRecord(NodeUIRecBase* rec) {
+  const IdStamp id = rec->getNodeId();
+  const bool wasFirst = findRec(id) == rec;
+  records_.destroy(rec);
+  if (!wasFirst) return;
+  // The next record for the node, if any, is now the first.
+  firstForNode_.erase(id);
+  for (NodeUIRecBase* other : records_.as<NodeUIRecBase>())
+    if (other->getNodeId() == id) {
+      firstForNode_[id] = other;
+      break;
+    }
 }
 
 void NodeUIManagerBase::addNewRec(NodeUIRecBase* rec) {
-  if (!rec || !records_.append(rec)) return;
+  if (!rec || !appendRecord(rec)) return;
   rec->setManager(this);
   rec->registerWithNode();
   sendRecAddedNotification(rec);
@@ -71,12 +86,12 @@ void NodeUIManagerBase::deleteRec(NodeUIRecBase* rec) {
   if (!records_.contains(rec)) return;
   // Announced first: clients may still use the record while they hear of it.
   sendRecDeleteNotification(rec);
-  records_.destroy(rec);
+  destroyRecord(rec);
   if (edit_) edit_->setDirty(true);
 }
 
 void NodeUIManagerBase::nodeIsBeingDestroyed(NodeUIRecBase* rec) {
-  records_.destroy(rec);
+  if (records_.contains(rec)) destroyRecord(rec);
 }
 
 bool NodeUIManagerBase::recordIsLive(const NodeUIRecBase& rec) const {
@@ -91,13 +106,14 @@ void NodeUIManagerBase::removeDeadNodes() {
   DLListRec* link = records_.head();
   while (link) {
     DLListRec* next = link->next();
-    if (!recordIsLive(*static_cast<NodeUIRecBase*>(link))) records_.destroy(link);
+    if (!recordIsLive(*static_cast<NodeUIRecBase*>(link))) destroyRecord(static_cast<NodeUIRecBase*>(link));
     link = next;
   }
 }
 
 void NodeUIManagerBase::flushList() {
   records_.flush();
+  firstForNode_.clear();
 }
 
 void NodeUIManagerBase::sendGeneralUpdateNotification(const LightweightString<char>& text) {
@@ -112,9 +128,7 @@ void NodeUIManagerBase::sendRecDeleteNotification(NodeUIRecBase* rec) {
   issueNotification(recordText(rec), recDeletedMsgType_);
 }
 
-NodeUIRecBase* NodeUIManagerBase::createNewNodeRec(NodeUIManagerBase*) const {
-  return nullptr;
-}
+NodeUIRecBase* NodeUIManagerBase::createNewNodeRec(NodeUIManagerBase*) const { return nullptr; }
 
 void NodeUIManagerBase::pack(PStream& s) const {
   // Stale records are never saved. Pruning changes the list, not the
@@ -151,7 +165,7 @@ void NodeUIManagerBase::unpack(PStream& s) {
                             i + 1, count, static_cast<unsigned long long>(at), result, read));
       return;
     }
-    records_.append(rec.get());
+    appendRecord(rec.get());
     ++read;
   }
 }

@@ -1,4 +1,6 @@
 #pragma once
+#include <unordered_map>
+
 #include "graph_tool/GrphToolApi.h"
 #include "host/core/DLList.h"
 #include "host/edit/Edit.h"
@@ -59,7 +61,12 @@ public:
 
 private:
   bool recordIsLive(const NodeUIRecBase& rec) const;
+  // Every change of the list goes through these, which keep the index.
+  bool appendRecord(NodeUIRecBase* rec);
+  void destroyRecord(NodeUIRecBase* rec);
 
   DLList records_{true};
+  // The first record in list order for each node id: findRec without a walk.
+  std::unordered_map<IdStamp, NodeUIRecBase*> firstForNode_;
   EditPtr edit_;
 };

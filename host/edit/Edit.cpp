@@ -10,9 +10,10 @@ struct LiveEdits {
   std::mutex mutex;
   std::map<Cookie, Edit*> edits;
 };
+// Never destroyed: edits that live until the process ends still find it.
 LiveEdits& liveEdits() {
-  static LiveEdits live;
-  return live;
+  static LiveEdits* live = new LiveEdits;
+  return *live;
 }
 
 // Undo snapshots kept per edit; the oldest go first.

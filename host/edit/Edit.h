@@ -85,8 +85,7 @@ public:
   const TagBag& getTagBag() const noexcept { return tags_; }
   template <class T>
   Ux::Ptr<T> openObject(const IdStamp& id) const {
-    Ux::Ptr<TagBase> tag = tags_.openObject(id);
-    return tag ? Ux::dynamicCast<T>(tag->instance()) : nullptr;
+    return Ux::Ptr<T>(dynamic_cast<T*>(tags_.find(id)));
   }
   Ux::Ptr<FXGraphNodeBase> openNode(const IdStamp& id) const { return openObject<FXGraphNodeBase>(id); }
   void addNode(const Ux::Ptr<FXGraphNodeBase>& node) { tags_.addObject(node->getId(), node); }

@@ -69,7 +69,7 @@ LightweightString<char> EditGraphIteratorState::asString() const {
 }
 
 Ux::Ptr<FXGraphNodeBase> EditGraphIterator::resolveInput(const Edit& edit, const IdStamp& slot, double time,
-                                                        IdStamp& channel) {
+                                                         IdStamp& channel) {
   if (!slot.valid()) return nullptr;
   if (auto node = edit.openNode(slot)) return node;
   const int index = edit.findChan(slot);
@@ -96,6 +96,11 @@ EditGraphIterator::EditGraphIterator(const EditPtr& edit, double time, const IdS
   Ux::Ptr<FXGraphNodeBase> target = edit_->openNode(node);
   if (!target) return;
   if (options & positionAtNode) {
+    if (options & headsFirst)
+      for (int i = 0; i < edit_->getNumChans(); ++i) {
+        const EditChannel& c = edit_->getChan(i);
+        if (const Cel* cel = graphCelAt(c, time_); cel && cel->ref == node && startAt(target, c.id)) return;
+      }
     for (int i = 0; i < edit_->getNumChans(); ++i) {
       const EditChannel& c = edit_->getChan(i);
       const Cel* cel = graphCelAt(c, time_);
@@ -217,9 +222,7 @@ IdStamp EditGraphIterator::getChanId(int depth) const {
   return path_[static_cast<std::size_t>(depth)].channel;
 }
 
-int EditGraphIterator::getChanIndex(int depth) const {
-  return edit_ ? edit_->findChan(getChanId(depth)) : -1;
-}
+int EditGraphIterator::getChanIndex(int depth) const { return edit_ ? edit_->findChan(getChanId(depth)) : -1; }
 
 double EditGraphIterator::getRange(int depth, int which) const {
   const int index = getChanIndex(depth);

@@ -41,11 +41,12 @@ private:
 //
 // Option bits: 1 places the iterator at a named node (on the first path that
 // reaches it from a root, in channel order, or at the node itself when no
-// root reaches it); 2, with no node named, starts at the first root at the
-// time. Other bits are accepted and change nothing here.
+// root reaches it); 8, with 1, takes a node that heads a channel's graph at
+// the time at that head, before any search; 2, with no node named, starts at
+// the first root at the time. Other bits are accepted and change nothing here.
 class FXHOST_API EditGraphIterator {
 public:
-  enum Options { positionAtNode = 1, startAtFirstRoot = 2 };
+  enum Options { positionAtNode = 1, startAtFirstRoot = 2, headsFirst = 8 };
 
   // An invalid iterator.
   EditGraphIterator() = default;

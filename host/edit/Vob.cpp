@@ -11,9 +11,10 @@ struct Registry {
   Vob* play = nullptr;
   Vob* record = nullptr;
 };
+// Never destroyed: vobs that live until the process ends still find it.
 Registry& registry() {
-  static Registry r;
-  return r;
+  static Registry* r = new Registry;
+  return *r;
 }
 } // namespace
 

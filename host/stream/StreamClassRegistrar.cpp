@@ -8,9 +8,10 @@ struct Registry {
   std::mutex mutex;
   std::map<LightweightString<char>, std::pair<StreamClassRegistrar::Builder, const StreamClassRegistrar*>> builders;
 };
+// Never destroyed: registrars of libraries unloaded last still find it.
 Registry& registry() {
-  static Registry r;
-  return r;
+  static Registry* r = new Registry;
+  return *r;
 }
 } // namespace
 

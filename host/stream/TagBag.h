@@ -11,6 +11,8 @@ class FXHOST_API TagBag {
 public:
   // The tag of the object with that id, or null.
   Ux::Ptr<TagBase> openObject(const IdStamp& id) const;
+  // The object itself, or null: a lookup without making a tag.
+  Taggable* find(const IdStamp& id) const;
   // Adds or replaces the object under its id.
   void addObject(const IdStamp& id, Ux::Ptr<Taggable> object);
   // Removes it; false when there was none.

@@ -26,6 +26,11 @@ Ux::Ptr<TagBase> TagBag::openObject(const IdStamp& id) const {
   return Ux::Ptr<TagBase>(new TagBase(id, it->second));
 }
 
+Taggable* TagBag::find(const IdStamp& id) const {
+  auto it = objects_.find(id);
+  return it == objects_.end() ? nullptr : it->second.get();
+}
+
 void TagBag::addObject(const IdStamp& id, Ux::Ptr<Taggable> object) {
   objects_[id] = std::move(object);
 }
