@@ -41,9 +41,9 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // 2. A node being moved by hand is let go.
   if (moved_) {
     disableETime();
-    canvas().resetClipRect();
     moved_.reset();
   }
+  canvas().resetClipRect();
   anchor_.reset();
   // 3. The manager's records changed by the rebuild must not re-enter the view.
   Ux::Ptr<NodeUIPosManager> manager = positionManager();
@@ -52,6 +52,9 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   std::vector<Ux::Ptr<FXGraphViewNode>> old;
   old.swap(nodes_);
   nodeIndex_.clear();
+  // The old nodes keep the positions they have now: the new nodes take over
+  // the stored records, and what places them must not move the old ones too.
+  for (const auto& o : old) o->followStoredRecord(nullptr);
   createViewNodeRecs();
   // 6. The node standing for the focus.
   if (edit_) {

@@ -1,0 +1,246 @@
+// Mouse handling through real events at the screen pixels of pads and
+// boxes: the pad clicks row by row (the edit, the drag state, undo), clicks
+// and drags on node bodies, panning, and a read-only vob.
+#include <map>
+#include <tuple>
+
+#include <gtest/gtest.h>
+
+#include "tests/graph_view/ViewInput.h"
+#include "tests/support/ViewFixture.h"
+
+namespace {
+
+using testsupport::click;
+using testsupport::moveTo;
+using testsupport::press;
+using testsupport::release;
+
+const IdStamp m1(3, 0, 1), m2(3, 0, 2), m3(3, 0, 3), m4(3, 0, 4), aliasM4(3, 0, 5);
+const IdStamp a(2, 0, 1), b(2, 0, 2), c(2, 0, 3);
+
+// V1: a(m1, m2); V2: b(m3, a free input); V3: c(aliasM4(m4)).
+EditPtr padsEdit() {
+  testsupport::EditBuilder e;
+  for (const IdStamp& m : {m1, m2, m3, m4}) e.material(m);
+  e.alias(aliasM4, m4);
+  e.effect(a, "mix", {m1, m2});
+  e.effect(b, "pip", {m3, IdStamp()});
+  e.effect(c, "colourcorrect", {aliasM4});
+  e.channel(IdStamp(1, 0, 1), L"V1", a);
+  e.channel(IdStamp(1, 0, 2), L"V2", b);
+  e.channel(IdStamp(1, 0, 3), L"V3", c);
+  return e.edit();
+}
+
+class ConnectionEditing : public ::testing::Test {
+protected:
+  // 400 pixels a graph unit: pads 8 pixels square.
+  testsupport::ViewFixture fx{padsEdit(), {640, 480}};
+  FXGraphView& view = fx.view();
+  EditPtr edit = view.getEdit();
+  viewtest::Pads pads{view};
+
+  void SetUp() override { viewtest::showWholeGraph(view, 50); }
+  IdStamp inputOf(const IdStamp& id, unsigned i) const { return edit->openNode(id)->getInputTrackId(i); }
+  bool active(const IdStamp& id) const { return edit->openObject<EffectInstance>(id)->isActive(); }
+  NodeUIPosRec* stored(const IdStamp& id) const { return NodeUIPosManager::getManagerFor(edit)->openPosRec(id); }
+  // The drag state: anchor, pad, hanging from an input.
+  std::tuple<IdStamp, int, bool> drag() const {
+    return {view.dragAnchor() ? view.dragAnchor()->getNodeID() : IdStamp(), view.dragAnchorPad(),
+            view.dragAnchoredAtInput()};
+  }
+};
+
+TEST_F(ConnectionEditing, ConnectedPadsPickTheirWireUpInOneUndoStep) {
+  // A connected input: the wire leaves the edit and hangs from m1's output.
+  click(pads.in(a, 0));
+  EXPECT_EQ(inputOf(a, 0), IdStamp());
+  EXPECT_EQ(drag(), std::tuple(m1, 0, false));
+  EXPECT_EQ(view.dragFixedEnd(), pads.node(m1)->getOutputPos(0));
+  EXPECT_EQ(view.timerHolds(), 1);
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  // A connected input does not take it.
+  click(pads.in(a, 1));
+  EXPECT_EQ(inputOf(a, 1), m2);
+  EXPECT_EQ(drag(), std::tuple(m1, 0, false));
+  // Dropped on nothing it is gone, in no step of its own; undo brings it back.
+  click(pads.nothing());
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 0);
+  EXPECT_EQ(inputOf(a, 0), IdStamp());
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(inputOf(a, 0), m1);
+  EXPECT_EQ(pads.node(a)->getInputConnect(0), pads.node(m1).get());
+
+  // A connected output: the wire hangs from the input it fed.
+  click(pads.out(m2, 0));
+  EXPECT_EQ(inputOf(a, 1), IdStamp());
+  EXPECT_EQ(drag(), std::tuple(a, 1, true));
+  EXPECT_EQ(view.dragFixedEnd(), pads.node(a)->getInputPos(1));
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  // An output that is not a spare slot does not take it.
+  click(pads.out(m1, 0));
+  EXPECT_EQ(drag(), std::tuple(a, 1, true));
+  EXPECT_EQ(inputOf(a, 0), m1);
+  EXPECT_EQ(inputOf(a, 1), IdStamp());
+}
+
+TEST_F(ConnectionEditing, FreePadsStartWiresThatMatchingPadsConnect) {
+  // A free input starts a wire hanging from it; the edit is not touched.
+  click(pads.in(b, 1));
+  EXPECT_EQ(drag(), std::tuple(b, 1, true));
+  EXPECT_EQ(view.dragFixedEnd(), pads.node(b)->getInputPos(1));
+  EXPECT_EQ(view.timerHolds(), 1);
+  // b's own spare output: the editor will not let a node feed itself.
+  click(pads.out(b, 0));
+  EXPECT_EQ(drag(), std::tuple(b, 1, true));
+  EXPECT_FALSE(fx.vob().canUndo());
+  // m3's spare slot (output 0 already feeds b): connected, in one step.
+  click(pads.out(m3, 1));
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 0);
+  EXPECT_EQ(std::pair(inputOf(b, 0), inputOf(b, 1)), std::pair(m3, m3));
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(inputOf(b, 1), IdStamp());
+
+  // A spare output starts a wire from the output, the edit untouched.
+  click(pads.out(m1, 1));
+  EXPECT_EQ(drag(), std::tuple(m1, 1, false));
+  EXPECT_EQ(view.dragFixedEnd(), pads.node(m1)->getOutputPos(1));
+  EXPECT_EQ(edit->undoDepth(), 0u);
+  // Neither an output nor a connected input takes it; a free input does.
+  click(pads.out(m2, 1));
+  click(pads.in(a, 1));
+  EXPECT_EQ(drag(), std::tuple(m1, 1, false));
+  EXPECT_EQ(inputOf(a, 1), m2);
+  click(pads.in(b, 1));
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(std::pair(inputOf(a, 0), inputOf(b, 1)), std::pair(m1, m1)) << "a slot each";
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(inputOf(b, 1), IdStamp());
+}
+
+TEST_F(ConnectionEditing, AWireWhoseSlotStillFeedsANodeMovesWhenDropped) {
+  click(pads.out(m1, 1));
+  ASSERT_EQ(drag(), std::tuple(m1, 1, false));
+  // Meanwhile the dragged slot has come to feed a's second input, in the
+  // edit and on the screen (the list is not rebuilt under a drag).
+  edit->openNode(a)->setInputTrackId(1, m1, false);
+  pads.node(a)->connectInput(1, pads.node(m1).get());
+  ASSERT_EQ(pads.node(m1)->getOutputConnect(1), pads.node(a).get());
+
+  click(pads.in(b, 1));
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(inputOf(b, 1), m1);
+  EXPECT_EQ(inputOf(a, 1), IdStamp()) << "the slot's old wire is taken out";
+  EXPECT_EQ(inputOf(a, 0), m1);
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(std::pair(inputOf(a, 1), inputOf(b, 1)), std::pair(m1, IdStamp()));
+}
+
+TEST_F(ConnectionEditing, APressOnNothingDiscardsAWireOrPans) {
+  const XY<int> empty = pads.nothing(), further = empty + XY<int>{20, 10};
+  const XY<double> centre = view.getViewCentre();
+  const double scale = view.getScale();
+  // A wire hanging from a free input goes, and the press does no more.
+  click(pads.in(b, 1));
+  press(empty);
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 0);
+  moveTo(further);
+  release(further);
+  EXPECT_EQ(view.getViewCentre(), centre);
+  EXPECT_FALSE(fx.vob().canUndo());
+  // With nothing dragged the press pans: the graph follows the mouse.
+  press(empty);
+  moveTo(further);
+  release(further);
+  EXPECT_DOUBLE_EQ(view.getViewCentre().x, centre.x - 20 / scale);
+  EXPECT_DOUBLE_EQ(view.getViewCentre().y, centre.y - 10 / scale);
+  // Control held, the vertical travel zooms: 170 pixels for the whole range.
+  view.setViewZoom(0.5);
+  GlobManager::setKeyboardModifiers(Event::controlHeld);
+  press(empty);
+  moveTo(empty + XY<int>{5, 17});
+  release(empty + XY<int>{5, 17});
+  GlobManager::setKeyboardModifiers(0);
+  EXPECT_DOUBLE_EQ(view.getZoom(), 0.6);
+}
+
+TEST_F(ConnectionEditing, ClicksAndDragsOnNodeBodies) {
+  // A small click switches an effect between active and bypassed (two pixels
+  // of travel is still small); aliases and materials ignore it.
+  click(pads.body(a));
+  EXPECT_FALSE(active(a));
+  press(pads.body(a));
+  moveTo(pads.body(a) + XY<int>{2, 0});
+  release(pads.body(a) + XY<int>{2, 0});
+  EXPECT_TRUE(active(a));
+  click(pads.body(aliasM4));
+  EXPECT_TRUE(active(aliasM4));
+  // A press on a body also drops a dragged wire.
+  click(pads.in(b, 1));
+  press(pads.body(m4));
+  EXPECT_FALSE(view.dragAnchor());
+  release(pads.body(m4));
+
+  // More than two pixels: the node follows the mouse and keeps its place as
+  // one set by hand.
+  const double scale = view.getScale();
+  const XY<double> was = pads.node(m1)->getPosition();
+  const XY<int> grab = pads.body(m1);
+  press(grab);
+  moveTo(grab + XY<int>{30, -20});
+  release(grab + XY<int>{30, -20});
+  const XY<double> is = pads.node(m1)->getPosition();
+  EXPECT_NEAR(is.x, was.x + 30 / scale, 1 / scale);
+  EXPECT_NEAR(is.y, was.y - 20 / scale, 1 / scale);
+  ASSERT_TRUE(stored(m1) && stored(m1)->isManualPosSet());
+  EXPECT_EQ(stored(m1)->getManualPos(), is);
+  EXPECT_EQ(stored(m1)->getDrawPosition(), is);
+
+  // Control held in manual positioning: the stored places of the node's
+  // whole graph move with it; other graphs stay.
+  ASSERT_TRUE(view.manualPositioning());
+  std::map<IdStamp, XY<double>> before;
+  for (const IdStamp& id : {m2, a, m1, b, m3}) before[id] = stored(id)->getDrawPosition();
+  GlobManager::setKeyboardModifiers(Event::controlHeld);
+  const XY<int> grabM2 = pads.body(m2);
+  press(grabM2);
+  moveTo(grabM2 + XY<int>{40, 12});
+  release(grabM2 + XY<int>{40, 12});
+  GlobManager::setKeyboardModifiers(0);
+  const XY<double> moved = stored(m2)->getDrawPosition() - before[m2];
+  EXPECT_NEAR(moved.x, 40 / scale, 1 / scale);
+  EXPECT_NEAR(moved.y, 12 / scale, 1 / scale);
+  for (const IdStamp& id : {a, m1}) {
+    EXPECT_NEAR(stored(id)->getDrawPosition().x, before[id].x + moved.x, 1e-12) << id.asString().str();
+    EXPECT_NEAR(stored(id)->getDrawPosition().y, before[id].y + moved.y, 1e-12) << id.asString().str();
+  }
+  for (const IdStamp& id : {b, m3}) EXPECT_EQ(stored(id)->getDrawPosition(), before[id]) << id.asString().str();
+}
+
+TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
+  fx.vob().setReadOnly(true);
+  click(pads.in(a, 0));
+  click(pads.out(m3, 1));
+  click(pads.body(a));
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(inputOf(a, 0), m1);
+  EXPECT_TRUE(active(a));
+  EXPECT_FALSE(fx.vob().canUndo());
+  // Every press pans instead.
+  const XY<double> centre = view.getViewCentre();
+  const XY<int> at = pads.in(a, 0);
+  press(at);
+  moveTo(at + XY<int>{10, 0});
+  release(at + XY<int>{10, 0});
+  EXPECT_DOUBLE_EQ(view.getViewCentre().x, centre.x - 10 / view.getScale());
+}
+
+} // namespace
