@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "graph_view/FXGraphView.h"
-#include "host/render/StillsCache.h"
 #include "host/render/VidRenderUtils.h"
 
 void FXGraphView::draw() { drawBackground(); }
@@ -176,12 +175,7 @@ void FXGraphView::drawStills() {
   EditGraphIterator at = getIteratorFor(primary->getNodeID(), 9);
   if (!at.isValid()) return;
   const Render::RenderContext context(at, VideoFormat{"preview", pw, ph, edit_->getVideoMetadata().aspectRatio()});
-  Render::StillsCache& cache = Render::StillsCache::instance();
-  Ux::Ptr<UxImage> still = cache.getStillImage(context);
-  if (!still) {
-    still = Render::VidRenderUtils::renderStill(context);
-    cache.add(context, still);
-  }
+  Ux::Ptr<UxImage> still = Render::VidRenderUtils::cachedStill(context);
   CanvasRenderer r = canvas().renderer();
   r.renderPrimitive(
       Glib::RectDescription{{box.x0 - 2, box.y0 - 2, box.x1 + 2, box.y1 + 2}, fromColour(getPalette().window(6))});

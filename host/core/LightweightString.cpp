@@ -4,13 +4,10 @@
 #include <cstdio>
 #include <vector>
 
-LightweightString<char> formatText(const char* format, ...) {
-  va_list args;
-  va_start(args, format);
+LightweightString<char> formatTextV(const char* format, va_list args) {
   va_list again;
   va_copy(again, args);
   const int needed = std::vsnprintf(nullptr, 0, format, args);
-  va_end(args);
   std::string out;
   if (needed > 0) {
     out.resize(static_cast<std::size_t>(needed) + 1);
@@ -19,6 +16,14 @@ LightweightString<char> formatText(const char* format, ...) {
   }
   va_end(again);
   return LightweightString<char>(std::move(out));
+}
+
+LightweightString<char> formatText(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  LightweightString<char> text = formatTextV(format, args);
+  va_end(args);
+  return text;
 }
 
 LightweightString<wchar_t> toWide(std::string_view utf8) {
@@ -48,8 +53,10 @@ LightweightString<wchar_t> toWide(std::string_view utf8) {
     }
     bool ok = static_cast<std::size_t>(end - p) >= extra;
     for (unsigned i = 0; ok && i < extra; ++i) {
-      if ((p[i] & 0xC0) != 0x80) ok = false;
-      else c = (c << 6) | (p[i] & 0x3F);
+      if ((p[i] & 0xC0) != 0x80)
+        ok = false;
+      else
+        c = (c << 6) | (p[i] & 0x3F);
     }
     if (!ok) {
       out.push_back(L'\xFFFD');

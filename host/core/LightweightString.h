@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdarg>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -96,6 +97,7 @@ using WideString = LightweightString<wchar_t>;
 
 // printf-style formatting into narrow text.
 FXHOST_API LightweightString<char> formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));
+FXHOST_API LightweightString<char> formatTextV(const char* format, va_list args);
 
 // UTF-8 <-> wide conversions; malformed UTF-8 becomes U+FFFD.
 FXHOST_API LightweightString<wchar_t> toWide(std::string_view utf8);

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <set>
@@ -19,6 +18,7 @@
 
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/ProjectDatabase.h"
+#include "host/stream/AtomicFiles.h"
 #include "host/stream/ObjectsFile.h"
 
 using nlohmann::json;
@@ -290,9 +290,10 @@ private:
       if (!n.contains("colour")) refuse(at, "\"colour\" is missing");
       const Colour first = colour(n["colour"], at + "/colour");
       const Colour second = n.contains("colour2") ? colour(n["colour2"], at + "/colour2") : first;
-      effect = new ComplexBackgroundEffect(
-          nodeId, name, mode == "gradient" ? ComplexBackgroundEffect::Mode::gradient : ComplexBackgroundEffect::Mode::flat,
-          first, second);
+      effect = new ComplexBackgroundEffect(nodeId, name,
+                                           mode == "gradient" ? ComplexBackgroundEffect::Mode::gradient
+                                                              : ComplexBackgroundEffect::Mode::flat,
+                                           first, second);
       if (n.contains("tag")) effect->setTagTypeId(LightweightString<char>(text(n, at, "tag", false)));
     } else {
       refuse(at + "/kind", "unknown kind \"" + kind + "\" (effect, material, image, alias or background)");
@@ -332,8 +333,10 @@ private:
         const std::string where = at + "/params/" + key;
         std::vector<double> values;
         if (value.is_array())
-          for (std::size_t i = 0; i < value.size(); ++i) values.push_back(number(value[i], where + "/" + std::to_string(i)));
-        else values.push_back(number(value, where));
+          for (std::size_t i = 0; i < value.size(); ++i)
+            values.push_back(number(value[i], where + "/" + std::to_string(i)));
+        else
+          values.push_back(number(value, where));
         e.setParam(key, values);
       }
     }
@@ -434,7 +437,8 @@ EditFile::LoadResult EditFile::parse(const std::string& text, const std::string&
   const bool parsed = json::sax_parse(CountingIterator(text.data(), &line),
                                       CountingIterator(text.data() + text.size(), &line), &builder);
   if (!parsed) {
-    r.error = name + ":" + std::to_string(builder.errorLine) + ": " + (builder.error.empty() ? "not valid JSON" : builder.error);
+    r.error = name + ":" + std::to_string(builder.errorLine) + ": " +
+              (builder.error.empty() ? "not valid JSON" : builder.error);
     return r;
   }
   try {
@@ -547,39 +551,14 @@ nlohmann::ordered_json nodeJson(const FXGraphNodeBase& node) {
   if (!e.params().empty()) {
     nlohmann::ordered_json params = nlohmann::ordered_json::object();
     for (const auto& [key, values] : e.params()) {
-      if (values.size() == 1) params[key] = values.front();
-      else params[key] = values;
+      if (values.size() == 1)
+        params[key] = values.front();
+      else
+        params[key] = values;
     }
     n["params"] = params;
   }
   return n;
-}
-
-bool writeTemp(const std::string& path, const void* data, std::size_t size, std::string& error) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) {
-    error = path + ": cannot create: " + std::strerror(errno);
-    return false;
-  }
-  const char* p = static_cast<const char*>(data);
-  bool ok = true;
-  while (size > 0) {
-    const ssize_t n = ::write(fd, p, size);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      ok = false;
-      break;
-    }
-    p += n;
-    size -= static_cast<std::size_t>(n);
-  }
-  if (ok && ::fsync(fd) != 0) ok = false;
-  if (::close(fd) != 0) ok = false;
-  if (!ok) {
-    error = path + ": cannot write: " + std::strerror(errno);
-    ::unlink(path.c_str());
-  }
-  return ok;
 }
 
 } // namespace
@@ -601,9 +580,12 @@ std::string EditFile::toJson(const Edit& edit) {
     nlohmann::ordered_json cels = nlohmann::ordered_json::array();
     for (const Cel& cel : c.cels) {
       nlohmann::ordered_json k = {{"start", cel.start}, {"end", cel.end}};
-      if (cel.kind == Cel::Kind::graph) k["graph"] = cel.ref.asString().str();
-      else if (cel.kind == Cel::Kind::material) k["material"] = cel.ref.asString().str();
-      else k["black"] = true;
+      if (cel.kind == Cel::Kind::graph)
+        k["graph"] = cel.ref.asString().str();
+      else if (cel.kind == Cel::Kind::material)
+        k["material"] = cel.ref.asString().str();
+      else
+        k["black"] = true;
       cels.push_back(k);
     }
     cj["cels"] = cels;
@@ -630,20 +612,10 @@ bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& e
     error = sidecarPath(path) + ": " + why.str();
     return false;
   }
-  const std::string jsonTemp = path + ".tmp";
-  const std::string objectsTemp = sidecarPath(path) + ".tmp";
-  if (!writeTemp(jsonTemp, document.data(), document.size(), error)) return false;
-  if (!writeTemp(objectsTemp, objects.bytes().data(), objects.bytes().size(), error)) {
-    ::unlink(jsonTemp.c_str());
+  if (!writeFilesAtomically({{path, document.data(), document.size()},
+                             {sidecarPath(path), objects.bytes().data(), objects.bytes().size()}},
+                            error))
     return false;
-  }
-  if (std::rename(jsonTemp.c_str(), path.c_str()) != 0 ||
-      std::rename(objectsTemp.c_str(), sidecarPath(path).c_str()) != 0) {
-    error = path + ": cannot put the saved files in place: " + std::strerror(errno);
-    ::unlink(jsonTemp.c_str());
-    ::unlink(objectsTemp.c_str());
-    return false;
-  }
   edit->setDirty(false);
   return true;
 }

@@ -8,19 +8,6 @@
 namespace {
 constexpr std::size_t recentLimit = 256;
 
-std::string vformat(const char* format, va_list args) {
-  va_list again;
-  va_copy(again, args);
-  const int needed = std::vsnprintf(nullptr, 0, format, args);
-  std::string out;
-  if (needed > 0) {
-    out.resize(static_cast<std::size_t>(needed) + 1);
-    std::vsnprintf(out.data(), out.size(), format, again);
-    out.resize(static_cast<std::size_t>(needed));
-  }
-  va_end(again);
-  return out;
-}
 } // namespace
 
 LogChannel::LogChannel(const char* name, bool echo) : name_(name), echo_(echo) {}
@@ -40,9 +27,9 @@ void LogChannel::write(const LightweightString<char>& message) {
 void LogChannel::printf(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  std::string text = vformat(format, args);
+  const LightweightString<char> text = formatTextV(format, args);
   va_end(args);
-  write(LightweightString<char>(std::move(text)));
+  write(text);
 }
 
 void LogChannel::setEcho(bool on) {
@@ -84,9 +71,9 @@ LogChannel& Log::channel() {
 void Log::printf(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  std::string text = vformat(format, args);
+  const LightweightString<char> text = formatTextV(format, args);
   va_end(args);
-  channel().write(LightweightString<char>(std::move(text)));
+  channel().write(text);
 }
 
 LogChannel& debugChannel() {
@@ -97,7 +84,7 @@ LogChannel& debugChannel() {
 void debugPrintf(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  std::string text = vformat(format, args);
+  const LightweightString<char> text = formatTextV(format, args);
   va_end(args);
-  debugChannel().write(LightweightString<char>(std::move(text)));
+  debugChannel().write(text);
 }

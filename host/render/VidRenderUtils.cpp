@@ -284,6 +284,14 @@ Ux::Ptr<UxImage> VidRenderUtils::renderStill(const RenderContext& context) {
   return picture;
 }
 
+Ux::Ptr<UxImage> VidRenderUtils::cachedStill(const RenderContext& context) {
+  StillsCache& cache = StillsCache::instance();
+  if (Ux::Ptr<UxImage> still = cache.getStillImage(context)) return still;
+  Ux::Ptr<UxImage> still = renderStill(context);
+  cache.add(context, still);
+  return still;
+}
+
 void VidRenderUtils::unRender(const CelEventPair& cel, bool everyFrame) {
   const ce_handle handle = cel.getEffectHandle();
   if (!handle.valid()) return;

@@ -15,6 +15,8 @@ struct FXHOST_API VidRenderUtils {
   // The picture at the context's position; black when there is nothing to
   // show; null only for an invalid format.
   static Ux::Ptr<UxImage> renderStill(const RenderContext& context);
+  // The still for the context from the stills cache, or rendered and kept there.
+  static Ux::Ptr<UxImage> cachedStill(const RenderContext& context);
   // Drops the cached stills of the cel's graph (or of the material it
   // shows): of every frame, or only of the frames the cel spans.
   static void unRender(const CelEventPair& cel, bool everyFrame);

@@ -3,8 +3,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
+
+#include "host/stream/AtomicFiles.h"
 
 StreamFile::StreamFile() = default;
 
@@ -44,32 +44,9 @@ bool StreamFile::openWrite(const std::string& path) {
 
 bool StreamFile::close() {
   if (mode_ != Mode::fileWrite) return !error_;
-  const std::string temp = path_ + ".tmp";
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) {
-    failRead(formatText(" Cannot create %s: %s.", temp.c_str(), std::strerror(errno)));
-    return false;
-  }
-  const uint8_t* p = bytes_.data();
-  std::size_t left = bytes_.size();
-  bool ok = true;
-  while (left > 0) {
-    const ssize_t n = ::write(fd, p, left);
-    if (n < 0 && errno == EINTR) continue;
-    if (n <= 0) {
-      ok = false;
-      break;
-    }
-    p += n;
-    left -= static_cast<std::size_t>(n);
-  }
-  const int savedErrno = errno;
-  if (ok && ::fsync(fd) != 0) ok = false;
-  if (::close(fd) != 0) ok = false;
-  if (ok && std::rename(temp.c_str(), path_.c_str()) != 0) ok = false;
-  if (!ok) {
-    ::unlink(temp.c_str());
-    failRead(formatText(" Cannot write %s: %s.", path_.c_str(), std::strerror(savedErrno ? savedErrno : errno)));
+  std::string why;
+  if (!writeFilesAtomically({{path_, bytes_.data(), bytes_.size()}}, why)) {
+    failRead(" " + LightweightString<char>(why) + ".");
     return false;
   }
   mode_ = Mode::memory;

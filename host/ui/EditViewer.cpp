@@ -127,12 +127,7 @@ void EditViewer::draw() {
     if (edit->getChan(i).type == TrackType::video) at = EditGraphIterator::atChannel(edit, t, edit->getChanId(i));
   if (!at.isValid()) return;
   const Render::RenderContext context(at, VideoFormat{"viewer", pictureWidth, pictureHeight, 16.0 / 9.0});
-  Render::StillsCache& cache = Render::StillsCache::instance();
-  Ux::Ptr<UxImage> still = cache.getStillImage(context);
-  if (!still) {
-    still = Render::VidRenderUtils::renderStill(context);
-    cache.add(context, still);
-  }
+  Ux::Ptr<UxImage> still = Render::VidRenderUtils::cachedStill(context);
   CanvasRenderer r = canvas().renderer();
   r.renderPrimitive(Glib::ImageDescription{box, still});
   r.addModifiedArea(box);
