@@ -44,7 +44,8 @@ NodeUIRecClient::~NodeUIRecClient() = default;
 void NodeUIRecClient::registerWith(NodeUIRecBase* rec) {
   releaseSubscriptions();
   if (!rec) return;
-  keepSubscription(rec->getNotify().registerInternal(this, &NodeUIRecClient::handleUpdate, NodeUIRecBase::recUpdateMsgType_));
+  keepSubscription(
+      rec->getNotify().registerInternal(this, &NodeUIRecClient::handleUpdate, NodeUIRecBase::recUpdateMsgType_));
 }
 
 int NodeUIRecClient::handleUpdate(const NotifyMsg& msg) {

@@ -3,9 +3,7 @@
 STRM_DEFINE_LAYER(NodeUIPosRec, "K")
 STRM_REGISTER_LAYER(NodeUIPosRec);
 
-NodeUIPosRec::NodeUIPosRec() {
-  followOwnValues();
-}
+NodeUIPosRec::NodeUIPosRec() { followOwnValues(); }
 
 NodeUIPosRec::NodeUIPosRec(NodeUIManagerBase* manager, const IdStamp& node, const Cookie& edit)
     : NodeUIRecBase(manager, node, edit) {
@@ -48,9 +46,7 @@ void NodeUIPosRec::setDrawPosition(double x, double y, bool notify) {
   if (notify) sendUpdateNotification();
 }
 
-void NodeUIPosRec::valChangedNtfy(ValServer<double>*) {
-  sendUpdateNotification();
-}
+void NodeUIPosRec::valChangedNtfy(ValServer<double>*) { sendUpdateNotification(); }
 
 void NodeUIPosRec::pack(PStream& s) const {
   s.setDouble(drawX_.getValue());

@@ -92,9 +92,7 @@ public:
   int handleValueChange(const NotifierEvent<T>& event) {
     if (event.type == NotifyMsgTypeDictionary::objectDestroyedMsgType()) {
       // The server is mid-destruction: compare addresses only.
-      std::erase_if(registrations_, [&](const Registration& r) {
-        return r.notifier == event.source;
-      });
+      std::erase_if(registrations_, [&](const Registration& r) { return r.notifier == event.source; });
     } else if (event.type == ValServerBase::valChangedMsgType_) {
       if (disableCount() < 1) valChangedNtfy(static_cast<ValServer<T>*>(event.source));
     } else if (event.type == ValServerBase::preValChangedMsgType_) {

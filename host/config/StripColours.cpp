@@ -18,6 +18,4 @@ Colour StripColourManager::getTypeColour(StripType type) {
   return Colour(0.6, 0.6, 0.6);
 }
 
-Colour nodeTextColour() {
-  return Colour(0.06, 0.06, 0.08);
-}
+Colour nodeTextColour() { return Colour(0.06, 0.06, 0.08); }

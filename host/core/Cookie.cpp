@@ -14,9 +14,7 @@ Cookie Cookie::generate(uint16_t kind, uint16_t sub) {
   return Cookie(id, kind, sub);
 }
 
-bool Cookie::valid() const noexcept {
-  return *this != invalid_cookie;
-}
+bool Cookie::valid() const noexcept { return *this != invalid_cookie; }
 
 LightweightString<char> Cookie::asString() const {
   static const char digits[] = "0123456789abcdef";

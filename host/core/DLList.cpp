@@ -6,17 +6,17 @@ DLListRec::~DLListRec() {
   if (list_) list_->remove(this);
 }
 
-DLList::~DLList() {
-  flush();
-}
+DLList::~DLList() { flush(); }
 
 bool DLList::append(DLListRec* rec) {
   if (!rec || rec->list_) return false;
   rec->prev_ = tail_;
   rec->next_ = nullptr;
   rec->list_ = this;
-  if (tail_) tail_->next_ = rec;
-  else head_ = rec;
+  if (tail_)
+    tail_->next_ = rec;
+  else
+    head_ = rec;
   tail_ = rec;
   ++size_;
   if (owning_) rec->adoptedByList();
@@ -25,10 +25,14 @@ bool DLList::append(DLListRec* rec) {
 
 bool DLList::remove(DLListRec* rec) {
   if (!contains(rec)) return false;
-  if (rec->prev_) rec->prev_->next_ = rec->next_;
-  else head_ = rec->next_;
-  if (rec->next_) rec->next_->prev_ = rec->prev_;
-  else tail_ = rec->prev_;
+  if (rec->prev_)
+    rec->prev_->next_ = rec->next_;
+  else
+    head_ = rec->next_;
+  if (rec->next_)
+    rec->next_->prev_ = rec->prev_;
+  else
+    tail_ = rec->prev_;
   rec->prev_ = rec->next_ = nullptr;
   rec->list_ = nullptr;
   --size_;

@@ -66,7 +66,9 @@ public:
   template <class T>
   class Range;
   template <class T>
-  Range<T> as() const noexcept { return Range<T>(head_); }
+  Range<T> as() const noexcept {
+    return Range<T>(head_);
+  }
 
 private:
   DLListRec* head_ = nullptr;

@@ -4,9 +4,7 @@
 
 #include "host/stream/StreamFile.h"
 
-LightweightString<char> IdStamp::asString() const {
-  return formatText("%u.%u.%u", a_, b_, c_);
-}
+LightweightString<char> IdStamp::asString() const { return formatText("%u.%u.%u", a_, b_, c_); }
 
 bool IdStamp::fromString(std::string_view text, IdStamp& out) {
   uint32_t parts[3] = {};

@@ -29,6 +29,4 @@ struct NormalisedRGB {
   double r = 0, g = 0, b = 0, a = 1;
   friend constexpr bool operator==(const NormalisedRGB&, const NormalisedRGB&) = default;
 };
-inline NormalisedRGB fromColour(const Colour& c) {
-  return {c.r, c.g, c.b, c.a};
-}
+inline NormalisedRGB fromColour(const Colour& c) { return {c.r, c.g, c.b, c.a}; }

@@ -16,7 +16,9 @@ public:
   Ptr(const Ptr& o) noexcept : p_(o.p_) { acquire(); }
   Ptr(Ptr&& o) noexcept : p_(std::exchange(o.p_, nullptr)) {}
   template <class U>
-  Ptr(const Ptr<U>& o) noexcept : p_(o.get()) { acquire(); }
+  Ptr(const Ptr<U>& o) noexcept : p_(o.get()) {
+    acquire();
+  }
   ~Ptr() { releaseRef(); }
 
   Ptr& operator=(const Ptr& o) noexcept {

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 
-CanvasRenderer Canvas::renderer() const {
-  return CanvasRenderer(*this);
-}
+CanvasRenderer Canvas::renderer() const { return CanvasRenderer(*this); }
 
 Glib::PixelBox CanvasRenderer::screenClip() const {
   Glib::PixelBox area{0, 0, canvas_.size().x, canvas_.size().y};

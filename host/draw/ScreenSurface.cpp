@@ -5,16 +5,15 @@
 //   primitives .......... rectangles, frames, curves, discs, text, images, lines
 //   output .............. snapshots, PNG, SVG
 #include <algorithm>
+#include <cmath>
+
 #include <cairo-svg.h>
 #include <cairo.h>
-#include <cmath>
 #include <pango/pangocairo.h>
 
 namespace {
 
-void setColour(cairo_t* cr, const NormalisedRGB& c) {
-  cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a);
-}
+void setColour(cairo_t* cr, const NormalisedRGB& c) { cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a); }
 
 Glib::PixelBox normalised(const Glib::PixelBox& b) {
   return {std::min(b.x0, b.x1), std::min(b.y0, b.y1), std::max(b.x0, b.x1), std::max(b.y0, b.y1)};
@@ -26,12 +25,9 @@ std::string fontFamily(const LightweightString<char>& font) {
   return font.str();
 }
 
-
 } // namespace
 
-ScreenSurface::ScreenSurface(int width, int height) : width_(0), height_(0) {
-  resize(width, height);
-}
+ScreenSurface::ScreenSurface(int width, int height) : width_(0), height_(0) { resize(width, height); }
 
 ScreenSurface::~ScreenSurface() {
   endSVG();
@@ -64,9 +60,7 @@ bool ScreenSurface::begin(const Glib::PixelBox& clipBox) {
   return true;
 }
 
-void ScreenSurface::end() {
-  cairo_restore(context());
-}
+void ScreenSurface::end() { cairo_restore(context()); }
 
 void ScreenSurface::draw(const Glib::RectDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
@@ -182,7 +176,8 @@ XY<int> ScreenSurface::textSize(const LightweightString<wchar_t>& text, const Li
                                 int pointSize) {
   PangoLayout* layout = pango_cairo_create_layout(context_);
   PangoFontDescription* font = pango_font_description_from_string(fontFamily(fontName).c_str());
-  pango_font_description_set_absolute_size(font, (pointSize > 0 ? pointSize : defaultPointSize) * PANGO_SCALE * 96.0 / 72.0);
+  pango_font_description_set_absolute_size(font,
+                                           (pointSize > 0 ? pointSize : defaultPointSize) * PANGO_SCALE * 96.0 / 72.0);
   pango_layout_set_font_description(layout, font);
   const std::string utf8 = toUTF8(text).str();
   pango_layout_set_text(layout, utf8.c_str(), -1);
@@ -200,9 +195,9 @@ void ScreenSurface::draw(const Glib::ImageDescription& d, const Glib::PixelBox& 
     return;
   cairo_t* cr = context();
   UxImage& image = *d.image;
-  cairo_surface_t* src = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(image.data()),
-                                                             CAIRO_FORMAT_ARGB32, image.width(), image.height(),
-                                                             image.stride());
+  cairo_surface_t* src =
+      cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(image.data()), CAIRO_FORMAT_ARGB32,
+                                          image.width(), image.height(), image.stride());
   cairo_save(cr);
   // Image rows run top first: place the image's top at the box's top.
   cairo_translate(cr, b.x0, b.y1);
@@ -227,9 +222,7 @@ void ScreenSurface::draw(const Glib::LineDescription& d, const Glib::PixelBox& c
   end();
 }
 
-void ScreenSurface::addModifiedArea(const Glib::PixelBox& box) {
-  modified_.push_back(normalised(box));
-}
+void ScreenSurface::addModifiedArea(const Glib::PixelBox& box) { modified_.push_back(normalised(box)); }
 
 std::vector<Glib::PixelBox> ScreenSurface::takeModifiedAreas() {
   std::vector<Glib::PixelBox> out;
@@ -243,7 +236,8 @@ Ux::Ptr<UxImage> ScreenSurface::snapshot() const {
   const unsigned char* src = cairo_image_surface_get_data(surface_);
   const int stride = cairo_image_surface_get_stride(surface_);
   for (int y = 0; y < height_; ++y)
-    std::copy_n(reinterpret_cast<const uint32_t*>(src + static_cast<std::ptrdiff_t>(y) * stride), width_, image->row(y));
+    std::copy_n(reinterpret_cast<const uint32_t*>(src + static_cast<std::ptrdiff_t>(y) * stride), width_,
+                image->row(y));
   return image;
 }
 

@@ -39,9 +39,9 @@ public:
 
   // What was drawn, kept while a recorder is set (for comparing a frame with
   // the same primitives drawn another way).
-  using Primitive = std::variant<Glib::RectDescription, Glib::FrameDescription, Glib::BezierCurveDescription,
-                                 Glib::DiscDescription, Glib::TextDescription, Glib::ImageDescription,
-                                 Glib::LineDescription>;
+  using Primitive =
+      std::variant<Glib::RectDescription, Glib::FrameDescription, Glib::BezierCurveDescription, Glib::DiscDescription,
+                   Glib::TextDescription, Glib::ImageDescription, Glib::LineDescription>;
   struct Recorded {
     Primitive primitive;
     Glib::PixelBox clip;

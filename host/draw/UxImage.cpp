@@ -1,14 +1,13 @@
 #include "host/draw/UxImage.h"
 
 #include <algorithm>
-#include <cairo.h>
 #include <cmath>
 #include <cstring>
 
+#include <cairo.h>
+
 namespace {
-uint8_t channel(double v) {
-  return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0));
-}
+uint8_t channel(double v) { return static_cast<uint8_t>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0)); }
 } // namespace
 
 UxImage::UxImage(int width, int height)

@@ -5,8 +5,8 @@
 
 #include "host/FxHostApi.h"
 #include "host/core/Colour.h"
-#include "host/core/iObject.h"
 #include "host/core/Ptr.h"
+#include "host/core/iObject.h"
 
 // A picture in memory: premultiplied ARGB, 32 bits a pixel, rows top first
 // (the layout cairo's image surfaces use).
@@ -18,7 +18,9 @@ public:
   int width() const noexcept { return width_; }
   int height() const noexcept { return height_; }
   int stride() const noexcept { return width_ * 4; }
-  uint32_t* row(int y) noexcept { return pixels_.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_); }
+  uint32_t* row(int y) noexcept {
+    return pixels_.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_);
+  }
   const uint32_t* row(int y) const noexcept {
     return pixels_.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_);
   }

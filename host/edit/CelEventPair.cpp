@@ -32,21 +32,13 @@ const Cel* CelEventPair::cel() const {
   return valid() ? &edit_->getChan(channel_).cels[static_cast<std::size_t>(celIndex_)] : nullptr;
 }
 
-double CelEventPair::editTime() const {
-  return valid() ? cel()->start : 0;
-}
+double CelEventPair::editTime() const { return valid() ? cel()->start : 0; }
 
-double CelEventPair::endEditTime() const {
-  return valid() ? cel()->end : 0;
-}
+double CelEventPair::endEditTime() const { return valid() ? cel()->end : 0; }
 
-bool CelEventPair::isBlack() const {
-  return !valid() || cel()->kind == Cel::Kind::black;
-}
+bool CelEventPair::isBlack() const { return !valid() || cel()->kind == Cel::Kind::black; }
 
-bool CelEventPair::isEffect() const {
-  return valid() && cel()->kind == Cel::Kind::graph;
-}
+bool CelEventPair::isEffect() const { return valid() && cel()->kind == Cel::Kind::graph; }
 
 Cookie CelEventPair::stripCookie() const {
   if (!valid()) return invalid_cookie;

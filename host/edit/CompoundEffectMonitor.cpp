@@ -14,9 +14,7 @@ CompoundEffectMonitor::CompoundEffectMonitor(Vob* vob) : VobClient(vob, 1) {
 
 CompoundEffectMonitor::~CompoundEffectMonitor() = default;
 
-EditPtr CompoundEffectMonitor::getEdit() const {
-  return getVob() ? getVob()->getEdit() : EditPtr();
-}
+EditPtr CompoundEffectMonitor::getEdit() const { return getVob() ? getVob()->getEdit() : EditPtr(); }
 
 int CompoundEffectMonitor::getKinds() const {
   EditPtr edit = getEdit();

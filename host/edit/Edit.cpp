@@ -32,9 +32,7 @@ Edit::Edit(const Cookie& cookie, LightweightString<wchar_t> name) : cookie_(cook
   live.edits[cookie_] = this;
 }
 
-Edit::~Edit() {
-  close();
-}
+Edit::~Edit() { close(); }
 
 void Edit::setName(const LightweightString<wchar_t>& name) {
   if (name == name_) return;
@@ -117,8 +115,10 @@ std::vector<Ux::Ptr<FXGraphNodeBase>> Edit::allNodes() const {
 }
 
 void Edit::bindObjectToEdit(const LightweightString<char>& name, Ux::Ptr<Taggable> object) {
-  if (object) bound_[name] = std::move(object);
-  else bound_.erase(name);
+  if (object)
+    bound_[name] = std::move(object);
+  else
+    bound_.erase(name);
 }
 
 Ux::Ptr<Taggable> Edit::openObjectInternal(const LightweightString<char>& name) const {
@@ -126,9 +126,7 @@ Ux::Ptr<Taggable> Edit::openObjectInternal(const LightweightString<char>& name) 
   return it == bound_.end() ? nullptr : it->second;
 }
 
-bool Edit::unbindObject(const LightweightString<char>& name) {
-  return bound_.erase(name) != 0;
-}
+bool Edit::unbindObject(const LightweightString<char>& name) { return bound_.erase(name) != 0; }
 
 std::vector<std::pair<LightweightString<char>, Ux::Ptr<Taggable>>> Edit::boundObjects() const {
   return {bound_.begin(), bound_.end()};

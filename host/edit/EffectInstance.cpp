@@ -57,8 +57,7 @@ Ux::Ptr<FXGraphNodeBase> MaterialUsageNode::cloneNode() const {
   return Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(*this));
 }
 
-ImageImportEffect::ImageImportEffect(const IdStamp& id, LightweightString<wchar_t> name,
-                                     LightweightString<char> file)
+ImageImportEffect::ImageImportEffect(const IdStamp& id, LightweightString<wchar_t> name, LightweightString<char> file)
     : EffectInstance_opu4h5a4j(id, std::move(name), "ImageImport"), file_(std::move(file)) {}
 
 ImageImportEffect::~ImageImportEffect() = default;
@@ -80,18 +79,14 @@ Ux::Ptr<FXGraphNodeBase> AliasedInputEffect::cloneNode() const {
 
 ComplexBackgroundEffect::ComplexBackgroundEffect(const IdStamp& id, LightweightString<wchar_t> name, Mode mode,
                                                  Colour first, Colour second)
-    : EffectInstance_opu4h5a4j(id, std::move(name), mode == Mode::flat ? flatTag : gradientTag), mode_(mode),
-      colours_{first, second} {}
+    : EffectInstance_opu4h5a4j(id, std::move(name), mode == Mode::flat ? flatTag : gradientTag),
+      mode_(mode), colours_{first, second} {}
 
 ComplexBackgroundEffect::~ComplexBackgroundEffect() = default;
 
-Colour ComplexBackgroundEffect::getColour(double, int index) const {
-  return colours_[index == 1 ? 1 : 0];
-}
+Colour ComplexBackgroundEffect::getColour(double, int index) const { return colours_[index == 1 ? 1 : 0]; }
 
-void ComplexBackgroundEffect::setColour(int index, const Colour& c) {
-  colours_[index == 1 ? 1 : 0] = c;
-}
+void ComplexBackgroundEffect::setColour(int index, const Colour& c) { colours_[index == 1 ? 1 : 0] = c; }
 
 Ux::Ptr<FXGraphNodeBase> ComplexBackgroundEffect::cloneNode() const {
   return Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(*this));

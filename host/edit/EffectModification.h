@@ -6,7 +6,7 @@ struct EffectModification {
   // The kinds of change, shared with edit modifications.
   enum eType { eParams = 4, eConnections = 5, eActive = 11 };
 
-  IdStamp id;          // identifies the change itself
+  IdStamp id; // identifies the change itself
   int kind = 0;
   IdStamp nodeId;      // the node changed
   IdStamp otherNodeId; // a node the change involves, or (0, 0, 0)

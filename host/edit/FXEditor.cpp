@@ -24,8 +24,7 @@ bool FXEditor::isUpstream(const Ux::Ptr<FXGraphNodeBase>& from, const IdStamp& t
   return false;
 }
 
-bool FXEditor::canConnectNodes(const EditGraphIterator& destination, int input,
-                               const EditGraphIterator& source) const {
+bool FXEditor::canConnectNodes(const EditGraphIterator& destination, int input, const EditGraphIterator& source) const {
   if (!edit_ || !destination.isValid() || !source.isValid()) return false;
   auto dest = Ux::dynamicCast<EffectInstance>(destination.getNode());
   Ux::Ptr<FXGraphNodeBase> src = source.getNode();
@@ -67,8 +66,10 @@ bool FXEditor::destroyNode(const EditGraphIterator& at, bool notify) {
   for (int c = 0; c < edit_->getNumChans(); ++c) {
     for (Cel& cel : edit_->getChan(c).cels) {
       if (cel.kind != Cel::Kind::graph || cel.ref != id) continue;
-      if (replacementIsNode) cel.ref = replacement;
-      else cel = Cel{cel.start, cel.end, Cel::Kind::black, IdStamp()};
+      if (replacementIsNode)
+        cel.ref = replacement;
+      else
+        cel = Cel{cel.start, cel.end, Cel::Kind::black, IdStamp()};
     }
   }
   edit_->getTagBag().removeObject(id);
@@ -89,7 +90,8 @@ bool FXEditor::cycleInputs(EffectInstance& effect) {
 }
 
 bool FXEditor::insertAbove(const EditGraphIterator& at, const Ux::Ptr<EffectInstance>& effect) {
-  if (!edit_ || !at.isValid() || !effect || effect->getNumInputs() == 0 || edit_->openNode(effect->getId())) return false;
+  if (!edit_ || !at.isValid() || !effect || effect->getNumInputs() == 0 || edit_->openNode(effect->getId()))
+    return false;
   const IdStamp below = at.getNode()->getId();
   edit_->addNode(effect);
   effect->setInputTrackId(0, below, false);

@@ -7,9 +7,7 @@ TransitStatus& TransitStatus::manager() {
   return status;
 }
 
-void TransitStatus::notifyChange(Vob*) {
-  ++changes_;
-}
+void TransitStatus::notifyChange(Vob*) { ++changes_; }
 
 void TransitStatus::standDown(Vob* vob) {
   if (vob) vob->setStateFlag(false);

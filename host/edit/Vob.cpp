@@ -18,8 +18,7 @@ Registry& registry() {
 }
 } // namespace
 
-Vob::Vob(const EditPtr& edit, LightweightString<char> name, unsigned number)
-    : name_(std::move(name)), number_(number) {
+Vob::Vob(const EditPtr& edit, LightweightString<char> name, unsigned number) : name_(std::move(name)), number_(number) {
   registry().vobs.push_back(this);
   follow(edit);
 }
@@ -48,9 +47,7 @@ void Vob::setEdit(const EditPtr& edit) {
   tell({}, VobModification{VobModification::editReplaced});
 }
 
-double Vob::getCurrentTime(int accuracy) const {
-  return accuracy == 1 && edit_ ? edit_->wholeFrame(time_) : time_;
-}
+double Vob::getCurrentTime(int accuracy) const { return accuracy == 1 && edit_ ? edit_->wholeFrame(time_) : time_; }
 
 void Vob::setCurrentTime(double t) {
   if (t == time_) return;
@@ -62,34 +59,18 @@ void Vob::makeBackup() {
   if (edit_) edit_->makeBackup();
 }
 
-bool Vob::undo() {
-  return edit_ && edit_->undo();
-}
+bool Vob::undo() { return edit_ && edit_->undo(); }
 
-bool Vob::redo() {
-  return edit_ && edit_->redo();
-}
+bool Vob::redo() { return edit_ && edit_->redo(); }
 
-bool Vob::canUndo() const {
-  return edit_ && edit_->canUndo();
-}
+bool Vob::canUndo() const { return edit_ && edit_->canUndo(); }
 
-bool Vob::canRedo() const {
-  return edit_ && edit_->canRedo();
-}
+bool Vob::canRedo() const { return edit_ && edit_->canRedo(); }
 
-Vob* Vob::getPlayMachine() {
-  return registry().play;
-}
-void Vob::setPlayMachine(Vob* vob) {
-  registry().play = vob;
-}
-Vob* Vob::getRecordMachine() {
-  return registry().record;
-}
-void Vob::setRecordMachine(Vob* vob) {
-  registry().record = vob;
-}
+Vob* Vob::getPlayMachine() { return registry().play; }
+void Vob::setPlayMachine(Vob* vob) { registry().play = vob; }
+Vob* Vob::getRecordMachine() { return registry().record; }
+void Vob::setRecordMachine(Vob* vob) { registry().record = vob; }
 
 VobClient* Vob::findClient(const LightweightString<char>& idString) const {
   for (VobClient* c : clients_)
@@ -103,9 +84,7 @@ void Vob::attach(VobClient* client) {
   clients_.insert(at, client);
 }
 
-void Vob::detach(VobClient* client) {
-  std::erase(clients_, client);
-}
+void Vob::detach(VobClient* client) { std::erase(clients_, client); }
 
 void Vob::tell(const EditModifications& mods, const VobModification& vobMod) {
   // A client may come or go while hearing: each is checked before it hears.
@@ -114,13 +93,9 @@ void Vob::tell(const EditModifications& mods, const VobModification& vobMod) {
     if (std::find(clients_.begin(), clients_.end(), c) != clients_.end()) c->handleModifications(mods, vobMod);
 }
 
-VobClient::VobClient(Vob* vob, int priority, int) : priority_(priority) {
-  attachTo(vob);
-}
+VobClient::VobClient(Vob* vob, int priority, int) : priority_(priority) { attachTo(vob); }
 
-VobClient::~VobClient() {
-  attachTo(nullptr);
-}
+VobClient::~VobClient() { attachTo(nullptr); }
 
 void VobClient::attachTo(Vob* vob) {
   if (vob == vob_) return;
@@ -179,9 +154,7 @@ Vob* VobManager::getVobWithCookie(const Cookie& edit) {
   return nullptr;
 }
 
-std::vector<Vob*> VobManager::all() {
-  return registry().vobs;
-}
+std::vector<Vob*> VobManager::all() { return registry().vobs; }
 
 void VobManager::closeAll() {
   auto made = std::move(registry().made);

@@ -28,8 +28,10 @@ struct NotifierState {
       e.live = false;
       liveCount.fetch_sub(1, std::memory_order_relaxed);
       // An entry may be running right now; erase it only outside deliveries.
-      if (deliveryDepth == 0) entries.erase(it);
-      else needsCompacting = true;
+      if (deliveryDepth == 0)
+        entries.erase(it);
+      else
+        needsCompacting = true;
       return;
     }
   }
@@ -39,9 +41,7 @@ struct NotifierState {
   }
 };
 
-Subscription::~Subscription() {
-  release();
-}
+Subscription::~Subscription() { release(); }
 
 void Subscription::release() {
   if (auto state = state_.lock()) state->remove(id_);
@@ -62,23 +62,17 @@ NotifierBase::~NotifierBase() = default;
 SubscriptionHandle NotifierBase::registerInternal(RawCallback callback, NotifyMsgType filter) {
   CriticalSection::Lock lock(state_->cs);
   const uint64_t id = state_->nextId++;
-  state_->entries.push_back(std::make_unique<NotifierState::Entry>(
-      NotifierState::Entry{id, filter, std::move(callback)}));
+  state_->entries.push_back(
+      std::make_unique<NotifierState::Entry>(NotifierState::Entry{id, filter, std::move(callback)}));
   state_->liveCount.fetch_add(1, std::memory_order_relaxed);
   return SubscriptionHandle(new Subscription(state_, id));
 }
 
-bool NotifierBase::hasSubscribers() const noexcept {
-  return state_->liveCount.load(std::memory_order_relaxed) != 0;
-}
+bool NotifierBase::hasSubscribers() const noexcept { return state_->liveCount.load(std::memory_order_relaxed) != 0; }
 
-std::size_t NotifierBase::subscriberCount() const noexcept {
-  return state_->liveCount.load(std::memory_order_relaxed);
-}
+std::size_t NotifierBase::subscriberCount() const noexcept { return state_->liveCount.load(std::memory_order_relaxed); }
 
-CriticalSection& NotifierBase::criticalSection() const noexcept {
-  return state_->cs;
-}
+CriticalSection& NotifierBase::criticalSection() const noexcept { return state_->cs; }
 
 void NotifierBase::deliverRaw(const void* event, NotifyMsgType type) {
   if (!hasSubscribers()) return;
@@ -101,8 +95,10 @@ void NotifierBase::dropAllSubscribers() {
   CriticalSection::Lock lock(state_->cs);
   for (auto& e : state_->entries) e->live = false;
   state_->liveCount.store(0, std::memory_order_relaxed);
-  if (state_->deliveryDepth == 0) state_->entries.clear();
-  else state_->needsCompacting = true;
+  if (state_->deliveryDepth == 0)
+    state_->entries.clear();
+  else
+    state_->needsCompacting = true;
 }
 
 Notifier::~Notifier() {

@@ -72,7 +72,8 @@ public:
         filter);
   }
   template <class C>
-  SubscriptionHandle registerInternal(C* object, int (C::*method)(const Event&), NotifyMsgType filter = anyNotifyMsgType) {
+  SubscriptionHandle registerInternal(C* object, int (C::*method)(const Event&),
+                                      NotifyMsgType filter = anyNotifyMsgType) {
     return registerInternal([object, method](const Event& e) { return (object->*method)(e); }, filter);
   }
 

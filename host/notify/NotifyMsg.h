@@ -12,5 +12,6 @@ struct NotifyMsg {
   NotifyMsgType type = anyNotifyMsgType;
 
   NotifyMsg() = default;
-  explicit NotifyMsg(LightweightString<char> t, Ux::Ptr<iObject> o = nullptr) : text(std::move(t)), object(std::move(o)) {}
+  explicit NotifyMsg(LightweightString<char> t, Ux::Ptr<iObject> o = nullptr)
+      : text(std::move(t)), object(std::move(o)) {}
 };

@@ -8,9 +8,7 @@ bool NotifyWithDisable::issueNotification(const LightweightString<char>& text, N
   return true;
 }
 
-Notifiable::~Notifiable() {
-  releaseSubscriptions();
-}
+Notifiable::~Notifiable() { releaseSubscriptions(); }
 
 void Notifiable::releaseSubscriptions() {
   // Moved out first: releasing may run code that looks at this client.

@@ -31,8 +31,11 @@ private:
   static void put(StreamFile& s, uint32_t v) { s.setUnsignedLong(v); }
   template <class T>
   static T get(StreamFile& s) {
-    if constexpr (sizeof(T) == 1) return s.getCookedChar();
-    else if constexpr (sizeof(T) == 2) return s.getUnsignedShort();
-    else return s.getUnsignedLong();
+    if constexpr (sizeof(T) == 1)
+      return s.getCookedChar();
+    else if constexpr (sizeof(T) == 2)
+      return s.getUnsignedShort();
+    else
+      return s.getUnsignedLong();
   }
 };

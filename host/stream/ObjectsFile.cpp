@@ -114,8 +114,8 @@ ObjectsFile::ReadResult ObjectsFile::read(PStream& s,
                                       e.errorText.c_str()));
   }
   if (!s.eof())
-    r.warnings.push_back(formatText("%llu bytes after the last object were ignored",
-                                    static_cast<unsigned long long>(s.remaining())));
+    r.warnings.push_back(
+        formatText("%llu bytes after the last object were ignored", static_cast<unsigned long long>(s.remaining())));
   r.complete = true;
   r.stoppedAt = s.position();
   return r;

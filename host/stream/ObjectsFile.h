@@ -25,10 +25,10 @@ public:
 
   struct Entry {
     LightweightString<char> name;
-    LightweightString<char> kind;   // the short hierarchy name read
-    Ux::Ptr<Streamable> object;     // null when it could not be built
-    int result = 0;                 // the object's read result code; 0 when skipped unread
-    uint64_t offset = 0;            // where the entry starts
+    LightweightString<char> kind;      // the short hierarchy name read
+    Ux::Ptr<Streamable> object;        // null when it could not be built
+    int result = 0;                    // the object's read result code; 0 when skipped unread
+    uint64_t offset = 0;               // where the entry starts
     LightweightString<char> errorText; // what reading it added to the stream's error text
   };
 

@@ -14,9 +14,7 @@ void PStream::writeBinary(const LightweightString<char>& text, unsigned length, 
   if (terminator) setCookedChar(0);
 }
 
-int PStream::writeObject(const Streamable& object) {
-  return object.STRM_hierarchyPack(*this);
-}
+int PStream::writeObject(const Streamable& object) { return object.STRM_hierarchyPack(*this); }
 
 int PStream::readObject(Streamable& object) {
   lastResult_ = object.STRM_hierarchyUnpack(*this);

@@ -15,13 +15,9 @@ int Streamable::STRM_hierarchyPack(PStream& s) const {
   return StreamableTraits<Streamable, void>::hierarchyPackRoot(this, s);
 }
 
-int Streamable::STRM_hierarchyUnpack(PStream& s) {
-  return StreamableTraits<Streamable, void>::unpack(this, s);
-}
+int Streamable::STRM_hierarchyUnpack(PStream& s) { return StreamableTraits<Streamable, void>::unpack(this, s); }
 
-Ux::Ptr<Streamable> Streamable::clone(BuilderType b) const {
-  return Ux::Ptr<Streamable>(new Streamable(b, *this));
-}
+Ux::Ptr<Streamable> Streamable::clone(BuilderType b) const { return Ux::Ptr<Streamable>(new Streamable(b, *this)); }
 
 LightweightString<char> Streamable::hierarchyName(bool withRoot, bool shortNames) const {
   LightweightString<char> text;

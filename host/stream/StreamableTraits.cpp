@@ -16,8 +16,10 @@ LightweightString<char> printableTypeName(const std::type_info& type) {
 }
 
 void StreamableTraitsBase::PackFunctionStack::pushFront(const PackFunctionStackEntry& e) {
-  if (count_ < inlineCapacity) inline_[count_] = e;
-  else spill_.push_back(e);
+  if (count_ < inlineCapacity)
+    inline_[count_] = e;
+  else
+    spill_.push_back(e);
   ++count_;
 }
 
@@ -27,8 +29,8 @@ void StreamableTraitsBase::PackFunctionStack::popFront() noexcept {
   --count_;
 }
 
-void StreamableTraitsBase::writeHeader(PStream& s, const char* shortName, StreamLayerVersion version,
-                                       uint32_t ownSize, uint32_t totalSize) {
+void StreamableTraitsBase::writeHeader(PStream& s, const char* shortName, StreamLayerVersion version, uint32_t ownSize,
+                                       uint32_t totalSize) {
   s.writeBinary(shortName, 0, false, false);
   s.setCookedChar(version.major);
   s.setCookedChar(version.minor);
@@ -40,8 +42,8 @@ void StreamableTraitsBase::prependLayerName(LightweightString<char>& text, const
   text = text.empty() ? name : name + "." + text;
 }
 
-int StreamableTraitsBase::packLayer(PStream& s, const LayerInfo& layer, StreamLayerVersion& version,
-                                    const void* object, PackOwn packOwn, PackFunctionStack& stack) {
+int StreamableTraitsBase::packLayer(PStream& s, const LayerInfo& layer, StreamLayerVersion& version, const void* object,
+                                    PackOwn packOwn, PackFunctionStack& stack) {
   stack.popFront(); // this layer's own entry
   const uint64_t headerAt = s.position();
   version = layer.writtenVersion;
@@ -127,8 +129,7 @@ int StreamableTraitsBase::unpackLayer(PStream& s, const LayerInfo& layer, const 
   auto readSize = [&s, &format]() -> uint32_t {
     if (s.eof()) return 0xFFFFFFFFu;
     const uint64_t failedBefore = s.failedReads();
-    const uint32_t size =
-        format == 1 ? DynamicIntegralStorage<uint16_t, uint32_t>::unpack(s) : s.getUnsignedLong();
+    const uint32_t size = format == 1 ? DynamicIntegralStorage<uint16_t, uint32_t>::unpack(s) : s.getUnsignedLong();
     return s.failedReads() == failedBefore ? size : 0xFFFFFFFFu;
   };
   uint32_t ownSize = 0;

@@ -49,7 +49,9 @@ public:
     bool empty() const noexcept { return count_ == 0; }
     std::size_t size() const noexcept { return count_; }
     void pushFront(const PackFunctionStackEntry& e);
-    const PackFunctionStackEntry& front() const noexcept { return count_ <= inlineCapacity ? inline_[count_ - 1] : spill_.back(); }
+    const PackFunctionStackEntry& front() const noexcept {
+      return count_ <= inlineCapacity ? inline_[count_ - 1] : spill_.back();
+    }
     void popFront() noexcept;
 
   private:
@@ -164,57 +166,52 @@ private:
 
 // What a layer class declares in its body. The class must also declare its
 // layer's own data functions: void pack(PStream&) const; void unpack(PStream&);
-#define STRM_DECLARE_LAYER(Class, Base)                                                                  \
-public:                                                                                                  \
-  using StrmBase = Base;                                                                                 \
-  static const char* STRM_shortLayerName() noexcept;                                                     \
-  static StreamLayerVersion& STRM_layerVersion(const Class* o) { return o->STRM_layerVersion_##Class; } \
-  static void STRM_L_##Class##_buildHierarchyName(LightweightString<char>& text, bool withRoot,          \
-                                                  bool shortNames);                                      \
-  static LightweightString<char> subHierarchyName(bool withRoot, bool shortNames);                       \
-  static Ux::Ptr<Streamable> STRM_L_##Class##_builder(PStream& s);                                       \
-  static Ux::Ptr<Class> build(PStream& s);                                                               \
-  int STRM_hierarchyPack(PStream& s) const override;                                                     \
-  int STRM_hierarchyUnpack(PStream& s) override;                                                         \
-  Ux::Ptr<Streamable> clone(Streamable::BuilderType) const override;                                     \
-  LightweightString<char> hierarchyName(bool withRoot, bool shortNames) const override;                  \
-  void assign(const Streamable* source) override;                                                        \
-                                                                                                         \
-private:                                                                                                 \
-  mutable StreamLayerVersion STRM_layerVersion_##Class;                                                  \
-                                                                                                         \
+#define STRM_DECLARE_LAYER(Class, Base)                                                                                \
+public:                                                                                                                \
+  using StrmBase = Base;                                                                                               \
+  static const char* STRM_shortLayerName() noexcept;                                                                   \
+  static StreamLayerVersion& STRM_layerVersion(const Class* o) { return o->STRM_layerVersion_##Class; }                \
+  static void STRM_L_##Class##_buildHierarchyName(LightweightString<char>& text, bool withRoot, bool shortNames);      \
+  static LightweightString<char> subHierarchyName(bool withRoot, bool shortNames);                                     \
+  static Ux::Ptr<Streamable> STRM_L_##Class##_builder(PStream& s);                                                     \
+  static Ux::Ptr<Class> build(PStream& s);                                                                             \
+  int STRM_hierarchyPack(PStream& s) const override;                                                                   \
+  int STRM_hierarchyUnpack(PStream& s) override;                                                                       \
+  Ux::Ptr<Streamable> clone(Streamable::BuilderType) const override;                                                   \
+  LightweightString<char> hierarchyName(bool withRoot, bool shortNames) const override;                                \
+  void assign(const Streamable* source) override;                                                                      \
+                                                                                                                       \
+private:                                                                                                               \
+  mutable StreamLayerVersion STRM_layerVersion_##Class;                                                                \
+                                                                                                                       \
 public:
 
 // What a layer's source file defines.
-#define STRM_DEFINE_LAYER(Class, ShortName)                                                                   \
-  const char* Class::STRM_shortLayerName() noexcept { return ShortName; }                                     \
-  void Class::STRM_L_##Class##_buildHierarchyName(LightweightString<char>& text, bool withRoot,               \
-                                                  bool shortNames) {                                          \
-    StreamableTraits<Class>::buildHierarchyName(text, withRoot, shortNames);                                  \
-  }                                                                                                           \
-  LightweightString<char> Class::subHierarchyName(bool withRoot, bool shortNames) {                           \
-    LightweightString<char> text;                                                                             \
-    STRM_L_##Class##_buildHierarchyName(text, withRoot, shortNames);                                          \
-    return text;                                                                                              \
-  }                                                                                                           \
-  Ux::Ptr<Streamable> Class::STRM_L_##Class##_builder(PStream& s) { return StreamableTraits<Class>::build(s); } \
-  Ux::Ptr<Class> Class::build(PStream& s) { return StreamableTraits<Class>::build(s); }                      \
-  int Class::STRM_hierarchyPack(PStream& s) const { return StreamableTraits<Class>::hierarchyPack(this, s); } \
-  int Class::STRM_hierarchyUnpack(PStream& s) { return StreamableTraits<Class>::unpack(this, s); }           \
-  Ux::Ptr<Streamable> Class::clone(Streamable::BuilderType) const {                                           \
-    return StreamableTraits<Class>::clone(this);                                                              \
-  }                                                                                                           \
-  LightweightString<char> Class::hierarchyName(bool withRoot, bool shortNames) const {                        \
-    return subHierarchyName(withRoot, shortNames);                                                            \
-  }                                                                                                           \
-  void Class::assign(const Streamable* source) {                                                              \
-    if (const auto* same = dynamic_cast<const Class*>(source)) *this = *same;                                \
+#define STRM_DEFINE_LAYER(Class, ShortName)                                                                            \
+  const char* Class::STRM_shortLayerName() noexcept { return ShortName; }                                              \
+  void Class::STRM_L_##Class##_buildHierarchyName(LightweightString<char>& text, bool withRoot, bool shortNames) {     \
+    StreamableTraits<Class>::buildHierarchyName(text, withRoot, shortNames);                                           \
+  }                                                                                                                    \
+  LightweightString<char> Class::subHierarchyName(bool withRoot, bool shortNames) {                                    \
+    LightweightString<char> text;                                                                                      \
+    STRM_L_##Class##_buildHierarchyName(text, withRoot, shortNames);                                                   \
+    return text;                                                                                                       \
+  }                                                                                                                    \
+  Ux::Ptr<Streamable> Class::STRM_L_##Class##_builder(PStream& s) { return StreamableTraits<Class>::build(s); }        \
+  Ux::Ptr<Class> Class::build(PStream& s) { return StreamableTraits<Class>::build(s); }                                \
+  int Class::STRM_hierarchyPack(PStream& s) const { return StreamableTraits<Class>::hierarchyPack(this, s); }          \
+  int Class::STRM_hierarchyUnpack(PStream& s) { return StreamableTraits<Class>::unpack(this, s); }                     \
+  Ux::Ptr<Streamable> Class::clone(Streamable::BuilderType) const { return StreamableTraits<Class>::clone(this); }     \
+  LightweightString<char> Class::hierarchyName(bool withRoot, bool shortNames) const {                                 \
+    return subHierarchyName(withRoot, shortNames);                                                                     \
+  }                                                                                                                    \
+  void Class::assign(const Streamable* source) {                                                                       \
+    if (const auto* same = dynamic_cast<const Class*>(source)) *this = *same;                                          \
   }
 
 // The load-time registration of a layer class's builder, under its full and
 // short hierarchy names. Declare `static StreamClassRegistrar
 // STRM_L_<Class>_registrar_;` in the class (exported).
-#define STRM_REGISTER_LAYER(Class)                                                                   \
-  StreamClassRegistrar Class::STRM_L_##Class##_registrar_(Class::subHierarchyName(true, false),     \
-                                                          Class::subHierarchyName(true, true),      \
-                                                          &Class::STRM_L_##Class##_builder)
+#define STRM_REGISTER_LAYER(Class)                                                                                     \
+  StreamClassRegistrar Class::STRM_L_##Class##_registrar_(                                                             \
+      Class::subHierarchyName(true, false), Class::subHierarchyName(true, true), &Class::STRM_L_##Class##_builder)

@@ -8,9 +8,7 @@ STRM_DEFINE_LAYER(TagBase, "P")
 
 Taggable::~Taggable() = default;
 
-LightweightString<char> Taggable::asString() const {
-  return hierarchyName(true, false);
-}
+LightweightString<char> Taggable::asString() const { return hierarchyName(true, false); }
 
 Ux::Ptr<Taggable> Taggable::clone() const {
   Ux::Ptr<Streamable> copy = clone(Streamable::BuilderType{});
@@ -31,13 +29,9 @@ Taggable* TagBag::find(const IdStamp& id) const {
   return it == objects_.end() ? nullptr : it->second.get();
 }
 
-void TagBag::addObject(const IdStamp& id, Ux::Ptr<Taggable> object) {
-  objects_[id] = std::move(object);
-}
+void TagBag::addObject(const IdStamp& id, Ux::Ptr<Taggable> object) { objects_[id] = std::move(object); }
 
-bool TagBag::removeObject(const IdStamp& id) {
-  return objects_.erase(id) != 0;
-}
+bool TagBag::removeObject(const IdStamp& id) { return objects_.erase(id) != 0; }
 
 std::vector<IdStamp> TagBag::ids() const {
   std::vector<IdStamp> out;

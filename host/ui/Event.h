@@ -19,11 +19,11 @@ struct FXHOST_API Event {
 
   Type type = none;
   Button button = noButton;
-  XY<int> position;      // in the glob
-  XY<int> screen;        // on the screen
-  XY<int> sinceDown;     // movement since the button went down
-  int wheelSteps = 0;    // positive away from the user
-  int key = 0;           // a key code (Unicode for text keys)
+  XY<int> position;   // in the glob
+  XY<int> screen;     // on the screen
+  XY<int> sinceDown;  // movement since the button went down
+  int wheelSteps = 0; // positive away from the user
+  int key = 0;        // a key code (Unicode for text keys)
   unsigned modifiers = 0;
   unsigned clickState = 0;
   uint64_t time = 0; // host clock, milliseconds

@@ -7,9 +7,7 @@
 
 Glob::Glob() = default;
 
-Glob::Glob(XY<int> size) {
-  resize(size.x, size.y);
-}
+Glob::Glob(XY<int> size) { resize(size.x, size.y); }
 
 Glob::~Glob() {
   if (timerHolds_ > 0) GlobManager::removeTimerInterest(this);
@@ -34,9 +32,12 @@ Glob* Glob::addChild(Glob* child, const Placement& placement) {
 
 Glob* Glob::addWidgetRelative(Glob* child, const Glob* relative, int gap, int relativity, bool, int) {
   Placement p = RightOf(gap, relative);
-  if (relativity == 1) p = LeftOf(gap, relative);
-  else if (relativity == 3) p = Above(gap, relative);
-  else if (relativity == 4) p = Below(gap, relative);
+  if (relativity == 1)
+    p = LeftOf(gap, relative);
+  else if (relativity == 3)
+    p = Above(gap, relative);
+  else if (relativity == 4)
+    p = Below(gap, relative);
   return addChild(child, p);
 }
 
@@ -175,9 +176,7 @@ void Glob::disableTimerInterest() {
   if (--timerHolds_ == 0) GlobManager::removeTimerInterest(this);
 }
 
-void Glob::draw() {
-  drawRect({0, 0, w_, h_}, palette_.window(3));
-}
+void Glob::draw() { drawRect({0, 0, w_, h_}, palette_.window(3)); }
 
 void Glob::drawTree() {
   if (!visible_) return;
@@ -186,13 +185,13 @@ void Glob::drawTree() {
   for (Glob* c : children_) c->drawTree();
 }
 
-void Glob::redraw() {
-  GlobManager::drawGlob(this);
-}
+void Glob::redraw() { GlobManager::drawGlob(this); }
 
 void Glob::reshapeAndDraw(XY<int> size) {
-  if (size.x == -1234 && size.y == -1234) resize(w_, h_);
-  else resize(size.x, size.y);
+  if (size.x == -1234 && size.y == -1234)
+    resize(w_, h_);
+  else
+    resize(size.x, size.y);
   redraw();
 }
 
@@ -240,23 +239,15 @@ namespace {
 int redrawHolds = 0;
 }
 
-void Drawable::disableRedraws() {
-  ++redrawHolds;
-}
+void Drawable::disableRedraws() { ++redrawHolds; }
 
 void Drawable::enableRedraws() {
   if (redrawHolds == 0) return;
   if (--redrawHolds == 0) GlobManager::update();
 }
 
-bool Drawable::redrawsEnabled() {
-  return redrawHolds == 0;
-}
+bool Drawable::redrawsEnabled() { return redrawHolds == 0; }
 
-Glib::UpdateDeferrer::UpdateDeferrer() {
-  GlobManager::beginDeferral();
-}
+Glib::UpdateDeferrer::UpdateDeferrer() { GlobManager::beginDeferral(); }
 
-Glib::UpdateDeferrer::~UpdateDeferrer() {
-  GlobManager::endDeferral();
-}
+Glib::UpdateDeferrer::~UpdateDeferrer() { GlobManager::endDeferral(); }

@@ -30,19 +30,19 @@ public:
   // Where a child sits in its parent; re-applied whenever the parent lays out.
   struct Placement {
     enum Kind {
-      absolute,       // (dx, dy) is the bottom-left corner
-      topLeft,        // top-left corner dx from the left, dy from the top
-      topRight,       // top-right corner dx from the right, dy from the top
-      bottomLeft,     // bottom-left corner at (dx, dy)
-      bottomRight,    // bottom-right corner dx from the right, dy up
-      rightOf,        // dx to the right of `relative`, bottoms aligned
-      leftOf,         // dx to the left of `relative`, bottoms aligned
-      above,          // dx above `relative`, left edges aligned
-      below,          // dx below `relative`, left edges aligned
-      userTopLeft,    // as topLeft, bottomLeft, topRight, in the user area
+      absolute,    // (dx, dy) is the bottom-left corner
+      topLeft,     // top-left corner dx from the left, dy from the top
+      topRight,    // top-right corner dx from the right, dy from the top
+      bottomLeft,  // bottom-left corner at (dx, dy)
+      bottomRight, // bottom-right corner dx from the right, dy up
+      rightOf,     // dx to the right of `relative`, bottoms aligned
+      leftOf,      // dx to the left of `relative`, bottoms aligned
+      above,       // dx above `relative`, left edges aligned
+      below,       // dx below `relative`, left edges aligned
+      userTopLeft, // as topLeft, bottomLeft, topRight, in the user area
       userBottomLeft,
       userTopRight,
-      centre,         // centred, moved by (dx, dy)
+      centre, // centred, moved by (dx, dy)
     };
     Kind kind = absolute;
     int dx = 0;

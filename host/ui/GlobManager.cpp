@@ -110,13 +110,9 @@ void GlobManager::shutdown() {
   screen = nullptr;
 }
 
-bool GlobManager::initialised() {
-  return screen && screen->surface;
-}
+bool GlobManager::initialised() { return screen && screen->surface; }
 
-ScreenSurface& GlobManager::surface() {
-  return *screen->surface;
-}
+ScreenSurface& GlobManager::surface() { return *screen->surface; }
 
 XY<int> GlobManager::screenSize() {
   return initialised() ? XY<int>{screen->surface->width(), screen->surface->height()} : XY<int>{};
@@ -161,9 +157,7 @@ void GlobManager::raise(Glob* root) {
   screen->invalid = true;
 }
 
-const std::vector<Glob*>& GlobManager::roots() {
-  return screen->roots;
-}
+const std::vector<Glob*>& GlobManager::roots() { return screen->roots; }
 
 XY<int> GlobManager::getPosForGlob(const GlobCreationInfo& info, const Glob::Placement& placement) {
   const XY<int> s = screenSize();
@@ -184,9 +178,7 @@ XY<int> GlobManager::getSafePosForGlob(const Canvas&, XY<int> pos, XY<int> size)
   return pos;
 }
 
-int GlobManager::windowArrangement() {
-  return 0;
-}
+int GlobManager::windowArrangement() { return 0; }
 
 bool GlobManager::dispatch(Event e) {
   if (!screen) return false;
@@ -222,9 +214,9 @@ bool GlobManager::dispatch(Event e) {
     e.button = screen->pressed;
     e.clickState = screen->clickState;
     if (screen->pressed != Event::noButton) e.sinceDown = e.screen - screen->pressAt;
-    taker = screen->captured ? (screen->captured->handleMouseEvent(localTo(screen->captured, e)) ? screen->captured
-                                                                                               : nullptr)
-                             : offer(globAt(e.screen), e);
+    taker = screen->captured
+                ? (screen->captured->handleMouseEvent(localTo(screen->captured, e)) ? screen->captured : nullptr)
+                : offer(globAt(e.screen), e);
     if (screen->dragged) hoverDrag(e.screen);
     break;
   case Event::mouseUp:
@@ -268,21 +260,15 @@ bool GlobManager::dispatch(Event e) {
   return taker != nullptr;
 }
 
-XY<int> GlobManager::mousePosition() {
-  return screen ? screen->mouse : XY<int>{};
-}
+XY<int> GlobManager::mousePosition() { return screen ? screen->mouse : XY<int>{}; }
 
-unsigned GlobManager::keyboardModifiers() {
-  return screen ? screen->modifiers : 0;
-}
+unsigned GlobManager::keyboardModifiers() { return screen ? screen->modifiers : 0; }
 
 void GlobManager::setKeyboardModifiers(unsigned bits) {
   if (screen) screen->modifiers = bits;
 }
 
-Glob* GlobManager::capturedGlob() {
-  return screen ? screen->captured : nullptr;
-}
+Glob* GlobManager::capturedGlob() { return screen ? screen->captured : nullptr; }
 
 bool GlobManager::startDrag(const Ux::Ptr<DragDropItem>& item) {
   if (!screen || !item || screen->pressed == Event::noButton) return false;
@@ -307,17 +293,14 @@ void GlobManager::setPopup(Glob* root) {
 Glob* GlobManager::popup() { return screen ? screen->popup : nullptr; }
 
 void GlobManager::addTimerInterest(Glob* glob) {
-  if (std::find(screen->timed.begin(), screen->timed.end(), glob) == screen->timed.end())
-    screen->timed.push_back(glob);
+  if (std::find(screen->timed.begin(), screen->timed.end(), glob) == screen->timed.end()) screen->timed.push_back(glob);
 }
 
 void GlobManager::removeTimerInterest(Glob* glob) {
   if (screen) std::erase(screen->timed, glob);
 }
 
-bool GlobManager::wantsTicks() {
-  return screen && !screen->timed.empty();
-}
+bool GlobManager::wantsTicks() { return screen && !screen->timed.empty(); }
 
 void GlobManager::tick() {
   if (!screen) return;
@@ -373,9 +356,7 @@ void GlobManager::drawGlob(Glob* glob) {
   }
 }
 
-bool GlobManager::deferring() {
-  return screen && screen->deferrals > 0;
-}
+bool GlobManager::deferring() { return screen && screen->deferrals > 0; }
 
 void GlobManager::beginDeferral() {
   if (screen) ++screen->deferrals;

@@ -19,14 +19,8 @@ void HostClock::driveByHand(uint64_t start) {
   byHand.store(true);
 }
 
-bool HostClock::drivenByHand() {
-  return byHand.load();
-}
+bool HostClock::drivenByHand() { return byHand.load(); }
 
-void HostClock::advance(uint64_t milliseconds) {
-  handTime.fetch_add(milliseconds);
-}
+void HostClock::advance(uint64_t milliseconds) { handTime.fetch_add(milliseconds); }
 
-uint64_t msecsNow() {
-  return HostClock::now();
-}
+uint64_t msecsNow() { return HostClock::now(); }

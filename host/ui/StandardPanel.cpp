@@ -44,9 +44,7 @@ StandardPanel::StandardPanel(const InitArgs& args) : border_(args.creationInfo.b
   Glob::resize(args.creationInfo.size.x, args.creationInfo.size.y);
 }
 
-StandardPanel::StandardPanel(XY<int> size) {
-  Glob::resize(size.x, size.y);
-}
+StandardPanel::StandardPanel(XY<int> size) { Glob::resize(size.x, size.y); }
 
 StandardPanel::~StandardPanel() = default;
 
@@ -55,22 +53,16 @@ void StandardPanel::setBorder(const Border& b) {
   layoutChildren();
 }
 
-int StandardPanel::calcSize(int spacing, int, const Border& border) {
-  return border.width + spacing;
-}
+int StandardPanel::calcSize(int spacing, int, const Border& border) { return border.width + spacing; }
 
-int StandardPanel::headerHeight() const {
-  return UifStd::getRowHeight();
-}
+int StandardPanel::headerHeight() const { return UifStd::getRowHeight(); }
 
 void StandardPanel::setTitle(const LightweightString<wchar_t>& title, const LightweightString<char>& font) {
   title_ = title;
   titleFont_ = font;
 }
 
-LightweightString<wchar_t> StandardPanel::getTitle() const {
-  return title_;
-}
+LightweightString<wchar_t> StandardPanel::getTitle() const { return title_; }
 
 void StandardPanel::addStandardWidgets(int flags) {
   const int inset = calcSize(0, 0, border_);
@@ -121,9 +113,12 @@ bool StandardPanel::handleMouseEvent(const Event& e) {
   if (mouse_left_event(e) && mouse_down_event(e)) {
     const bool inHeader = e.position.y >= height() - headerHeight() - border_.width;
     const bool inCorner = e.position.x >= width() - corner && e.position.y < corner;
-    if (resizable_ && inCorner) drag_ = Drag::size;
-    else if (movable_ && inHeader && !isChildGlob()) drag_ = Drag::move;
-    else return false;
+    if (resizable_ && inCorner)
+      drag_ = Drag::size;
+    else if (movable_ && inHeader && !isChildGlob())
+      drag_ = Drag::move;
+    else
+      return false;
     dragFrom_ = e.screen;
     dragStartPos_ = {getX(), getY()};
     dragStartSize_ = {width(), height()};
