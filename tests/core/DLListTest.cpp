@@ -33,17 +33,18 @@ protected:
   void SetUp() override { Rec::alive = 0; }
 };
 
-TEST_F(DLListTest, OwningListDestroysItsRecords) {
+TEST_F(DLListTest, OwningListsDestroyNonOwningListsOnlyLink) {
   {
     DLList list;
-    for (int i = 1; i <= 4; ++i) list.append(new Rec(i));
-    EXPECT_EQ(values(list), (std::vector<int>{1, 2, 3, 4}));
-
-    Rec* second = static_cast<Rec*>(list.head()->next());
-    EXPECT_TRUE(list.destroy(second));
+    for (int i = 0; i < 6; ++i) list.append(new Rec(i));
+    // Removal is safe when the next link is taken first.
+    for (DLListRec* r = list.head(); r;) {
+      DLListRec* next = r->next();
+      if (static_cast<Rec*>(r)->value % 2 == 0) list.destroy(r);
+      r = next;
+    }
+    EXPECT_EQ(values(list), (std::vector<int>{1, 3, 5}));
     EXPECT_EQ(Rec::alive, 3);
-    EXPECT_EQ(values(list), (std::vector<int>{1, 3, 4}));
-
     Rec* first = static_cast<Rec*>(list.head());
     EXPECT_TRUE(list.remove(first)); // unlinked, not destroyed: the caller owns it again
     EXPECT_EQ(Rec::alive, 3);
@@ -51,15 +52,11 @@ TEST_F(DLListTest, OwningListDestroysItsRecords) {
     delete first;
   }
   EXPECT_EQ(Rec::alive, 0);
-}
 
-TEST_F(DLListTest, NonOwningListOnlyLinks) {
   Rec a(1), b(2), c(3);
   {
     DLList list(false);
-    list.append(&a);
-    list.append(&b);
-    list.append(&c);
+    for (Rec* r : {&a, &b, &c}) list.append(r);
     EXPECT_TRUE(list.destroy(&b));
     EXPECT_EQ(values(list), (std::vector<int>{1, 3}));
     list.flush();
@@ -68,8 +65,6 @@ TEST_F(DLListTest, NonOwningListOnlyLinks) {
   }
   EXPECT_EQ(Rec::alive, 3);
   EXPECT_FALSE(a.isLinked());
-  DLList other(false);
-  EXPECT_TRUE(other.append(&a)); // free to join another list
 }
 
 TEST_F(DLListTest, RecordBelongsToOneListAtATime) {
@@ -78,21 +73,14 @@ TEST_F(DLListTest, RecordBelongsToOneListAtATime) {
   EXPECT_TRUE(first.append(&a));
   EXPECT_FALSE(first.append(&a));
   EXPECT_FALSE(second.append(&a));
-  EXPECT_FALSE(first.append(nullptr));
   EXPECT_FALSE(second.remove(&a));
   EXPECT_FALSE(second.destroy(&a));
   EXPECT_FALSE(first.remove(&b));
-  EXPECT_FALSE(first.remove(nullptr));
-  EXPECT_TRUE(first.contains(&a));
-  EXPECT_FALSE(second.contains(&a));
-  EXPECT_EQ(a.list(), &first);
   EXPECT_EQ(values(first), (std::vector<int>{1}));
-  EXPECT_TRUE(second.empty());
-
   // A copy of a linked record is a new, unlinked record.
   Rec copy(a);
   EXPECT_FALSE(copy.isLinked());
-  EXPECT_EQ(first.size(), 1u);
+  EXPECT_TRUE(second.append(&copy));
 }
 
 TEST_F(DLListTest, RecordDestroyedWhileLinkedUnlinksItself) {
@@ -105,29 +93,9 @@ TEST_F(DLListTest, RecordDestroyedWhileLinkedUnlinksItself) {
     EXPECT_EQ(values(list), (std::vector<int>{1, 2}));
     delete r[1];
     EXPECT_EQ(values(list), (std::vector<int>{2}));
-    EXPECT_EQ(list.head(), list.tail());
     if (!owning) delete r[2];
   }
   EXPECT_EQ(Rec::alive, 0);
-}
-
-TEST_F(DLListTest, RemovalIsSafeWhenTheNextLinkIsTakenFirst) {
-  DLList list;
-  for (int i = 0; i < 6; ++i) list.append(new Rec(i));
-  for (DLListRec* r = list.head(); r;) {
-    DLListRec* next = r->next();
-    if (static_cast<Rec*>(r)->value % 2 == 0) list.destroy(r);
-    r = next;
-  }
-  EXPECT_EQ(values(list), (std::vector<int>{1, 3, 5}));
-  EXPECT_EQ(Rec::alive, 3);
-
-  // Emptying from the head, as a flush does, leaves a usable list.
-  while (list.head()) list.destroy(list.head());
-  EXPECT_EQ(list.head(), nullptr);
-  EXPECT_EQ(list.tail(), nullptr);
-  list.append(new Rec(9));
-  EXPECT_EQ(values(list), (std::vector<int>{9}));
 }
 
 // A counted record in an owning list: the list holds a reference instead of
@@ -152,7 +120,6 @@ TEST_F(DLListTest, CountedRecordOutlivesItsOwningListWhileHeld) {
   }
   EXPECT_EQ(CountedRec::alive, 1);
   EXPECT_FALSE(held->isLinked());
-  EXPECT_EQ(held->refCount(), 1);
   held.reset();
   EXPECT_EQ(CountedRec::alive, 0);
 }

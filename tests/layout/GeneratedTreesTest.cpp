@@ -1,16 +1,10 @@
 // Tidied layouts of large generated edits (one tree each), checked for the
-// properties that hold whatever the tree's shape.
-//
-// What is not checked: that no two nodes share a spot. The layout centres
-// each family on its parent without making room for the families beside it,
-// and per level it resolves only the first pair that is too close; so in
-// trees of hundreds of nodes most nodes share their spot with a cousin. What
-// it never does is put siblings on one spot (they differ in slot index and
-// their parent counts every distinct input) or nodes of different levels
-// (each level has its own depth coordinate). The far-out placement of inputs
-// of a parent that is no effect instance cannot occur here, as generated
-// parents are all effects; the extents therefore stay within a spacing per
-// node of the root.
+// properties that hold whatever the tree's shape. Not checked: that no two
+// nodes share a spot. Each family is centred on its parent without room for
+// the families beside it, and per level only the first pair too close is
+// resolved, so cousins often share a spot; siblings never do (they differ in
+// slot index), nor nodes of different levels. Generated parents are all
+// effects, so the extents stay within a spacing per node of the root.
 #include <cmath>
 #include <map>
 #include <set>

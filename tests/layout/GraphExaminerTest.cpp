@@ -1,6 +1,7 @@
 #include "layout/GraphExaminer.h"
 
 #include <map>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -42,9 +43,7 @@ struct CountingVisitor {
 
 TEST(GraphExaminer, FilesATreeByLevelWithParentAndInput) {
   TestGraph g;
-  g.material(3);
-  g.material(4);
-  g.material(5);
+  g.materials({3, 4, 5});
   g.effect(2, {4, 0, 5});
   g.effect(1, {2, 3});
   FakePosSource source({node(1), node(5)}); // the others have no record
@@ -55,20 +54,14 @@ TEST(GraphExaminer, FilesATreeByLevelWithParentAndInput) {
   EXPECT_EQ(levelIds(examiner), (std::vector<std::vector<IdStamp>>{{node(1)}, {node(2), node(3)}, {node(4), node(5)}}));
   EXPECT_EQ(examiner.firstMet(), (std::vector<IdStamp>{node(1), node(2), node(4), node(5), node(3)}));
 
-  const GraphExaminer::NodeInfo* root = examiner.find(node(1));
-  ASSERT_NE(root, nullptr);
-  EXPECT_EQ(root->depth, 0);
-  EXPECT_EQ(root->parentDepth, -1);
+  const GraphExaminer::NodeInfo *root = examiner.find(node(1)), *five = examiner.find(node(5));
+  ASSERT_TRUE(root && five);
+  EXPECT_EQ(std::pair(root->depth, root->parentDepth), std::pair(0, -1));
   EXPECT_FALSE(root->parent);
   EXPECT_EQ(root->record, source.find(node(1)));
-
   // Input 2 of node 2, past a free slot.
-  const GraphExaminer::NodeInfo* five = examiner.find(node(5));
-  ASSERT_NE(five, nullptr);
-  EXPECT_EQ(five->depth, 2);
-  EXPECT_EQ(five->parentDepth, 1);
+  EXPECT_EQ(std::tuple(five->depth, five->parentDepth, five->inputIndex), std::tuple(2, 1, 2));
   EXPECT_EQ(parentOf(examiner, 5), node(2));
-  EXPECT_EQ(five->inputIndex, 2);
   EXPECT_EQ(five->record, source.find(node(5)));
   EXPECT_EQ(examiner.find(node(4))->record, nullptr);
 
@@ -83,8 +76,7 @@ TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
   for (bool shallowFirst : {true, false}) {
     SCOPED_TRACE(shallowFirst ? "shallow branch first" : "deep branch first");
     TestGraph g;
-    g.material(8);
-    g.material(9);
+    g.materials({8, 9});
     g.effect(4, {8, 9});
     g.effect(3, {4});
     g.effect(2, {9});
@@ -99,10 +91,8 @@ TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
 
     const GraphExaminer::NodeInfo* nine = examiner.find(node(9));
     ASSERT_NE(nine, nullptr);
-    EXPECT_EQ(nine->depth, 3);
-    EXPECT_EQ(nine->parentDepth, 2);
+    EXPECT_EQ(std::tuple(nine->depth, nine->parentDepth, nine->inputIndex), std::tuple(3, 2, 1));
     EXPECT_EQ(parentOf(examiner, 9), node(4));
-    EXPECT_EQ(nine->inputIndex, 1);
     ASSERT_EQ(examiner.levels().size(), 4u);
     EXPECT_EQ(levelIds(examiner)[2], std::vector<IdStamp>{node(4)});
     // Level 3 keeps the order of first meeting.

@@ -52,6 +52,9 @@ public:
     edit_->addNode(fx);
     return node(n);
   }
+  void materials(std::initializer_list<uint32_t> ns) {
+    for (uint32_t n : ns) material(n);
+  }
   IdStamp material(uint32_t n, MaterialUsageNode::Kind kind = {}) {
     Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(node(n), L"Clip", MaterialUsageNode::Media::testCard, "bars"));
     m->setMaterialKind(kind);

@@ -14,17 +14,21 @@ using testsupport::FakePosSource;
 
 namespace {
 
-// The local tree of a graph, parsed from node `root` (or the iterator given).
+// The local tree of a graph, parsed from the iterator given; the record of
+// node `otherTree` is marked as another tree's.
 struct LocalTree {
   FakePosSource source;
   std::unique_ptr<FXGraphTidier> tidier;
   std::vector<IdStamp> ids; // node id per local index
 
-  LocalTree(EditGraphIterator it, double depthSpacing = 1, double breadthSpacing = 1)
+  LocalTree(EditGraphIterator it, double depthSpacing = 1, double breadthSpacing = 1, uint32_t otherTree = 0)
       : tidier(std::make_unique<FXGraphTidier>(source, depthSpacing, breadthSpacing)) {
+    if (otherTree) source.getPosRecForNode(node(otherTree))->setExtraValue(7);
     if (!it.isValid()) return;
-    tidier->parseEditIntoLocalTree(it, source.getPosRecForNode(it.getNode()->getId()), -1);
+    const int root = tidier->parseEditIntoLocalTree(it, source.getPosRecForNode(it.getNode()->getId()), -1);
     for (int i = 0; i < tidier->getLocalTreeSize(); ++i) ids.push_back(tidier->getLocalTreeRec(i).record->getNodeId());
+    EXPECT_EQ(root, ids.empty() ? -1 : 0);
+    EXPECT_EQ(it.getDepth(), 0) << "the walk leaves the iterator where it found it";
   }
   const FXGraphTidier::LocalTreeRec& rec(uint32_t n) const { return tidier->getLocalTreeRec(indexOf(n)); }
   int indexOf(uint32_t n) const {
@@ -45,8 +49,7 @@ struct LocalTree {
 // Inputs are taken in from the last to the first.
 TEST(LocalTree, ParseTakesInputsLastFirstWithParentsAndLevels) {
   TestGraph g;
-  g.material(3);
-  g.material(4);
+  g.materials({3, 4});
   g.effect(2, {4});
   g.effect(1, {2, 0, 3});
   LocalTree t(g.at(1));
@@ -80,22 +83,13 @@ TEST(LocalTree, LeavesOutMarkedMaterialsOnSubtypeFourChannels) {
 
 TEST(LocalTree, CyclesAndOtherExtraValuesStayOut) {
   TestGraph g;
-  g.material(4);
-  g.material(6);
+  g.materials({4, 6});
   g.effect(5, {6});
   g.effect(3, {4});
   g.effect(2, {1, 3, 5}); // input 0 loops back to the root
   g.effect(1, {2});
-  FakePosSource source;
-  source.getPosRecForNode(node(5))->setExtraValue(7); // so its branch is another tree's
-  FXGraphTidier tidier(source, 1, 1);
-  EditGraphIterator it = g.at(1);
-  ASSERT_EQ(tidier.parseEditIntoLocalTree(it, source.getPosRecForNode(node(1)), -1), 0);
-  ASSERT_EQ(tidier.getLocalTreeSize(), 4);
-  std::vector<IdStamp> ids;
-  for (int i = 0; i < 4; ++i) ids.push_back(tidier.getLocalTreeRec(i).record->getNodeId());
-  EXPECT_EQ(ids, (std::vector<IdStamp>{node(1), node(2), node(3), node(4)}));
-  EXPECT_EQ(it.getDepth(), 0);
+  const LocalTree t(g.at(1), 1, 1, 5); // node 5's branch is another tree's
+  EXPECT_EQ(t.ids, (std::vector<IdStamp>{node(1), node(2), node(3), node(4)}));
 }
 
 // Node 3 feeds the root and node 2. Met at level 1 first, its branch moves

@@ -5,9 +5,7 @@
 
 #include "host/core/Cookie.h"
 #include "host/notify/Log.h"
-#include "host/stream/DynamicIntegralStorage.h"
 #include "host/stream/PStream.h"
-#include "host/stream/StreamClassRegistrar.h"
 #include "node_ui/NodeUIPosManager.h"
 #include "tests/support/CorpusChains.h"
 
@@ -72,8 +70,6 @@ TEST(ChunkLayout, PositionRecordLayersAsWritten) {
   expected.header("K", 1, 0, 33, 33).raw(k);
   EXPECT_EQ(written(rec), expected.bytes);
   EXPECT_EQ(expected.bytes, posRecChain(image));
-  EXPECT_EQ(NodeUIRecBase::STRM_layerVersion(&rec), (StreamLayerVersion{1, 1}));
-  EXPECT_EQ(NodeUIPosRec::STRM_layerVersion(&rec), (StreamLayerVersion{1, 0}));
 }
 
 TEST(ChunkLayout, ManagerNestsWholeRecordChainsAfterTheCount) {
@@ -89,27 +85,6 @@ TEST(ChunkLayout, ManagerNestsWholeRecordChainsAfterTheCount) {
 
   NodeUIPosManager empty;
   EXPECT_EQ(written(empty), posManagerChain({}));
-}
-
-TEST(ChunkLayout, HierarchyNamesAndRegisteredBuilders) {
-  NodeUIPosRec rec;
-  NodeUIPosManager manager;
-  EXPECT_EQ(rec.hierarchyName(false, false), "NodeUIRecBase.NodeUIPosRec");
-  EXPECT_EQ(rec.hierarchyName(true, false), "Streamable.NodeUIRecBase.NodeUIPosRec");
-  EXPECT_EQ(rec.hierarchyName(true, true), "$.L.K");
-  EXPECT_EQ(rec.hierarchyName(false, true), "L.K");
-  EXPECT_EQ(manager.hierarchyName(false, false), "Taggable.NodeUIManagerBase.NodeUIPosManager");
-  EXPECT_EQ(manager.hierarchyName(true, true), "$.T.N.J");
-  EXPECT_EQ(NodeUIManagerBase::subHierarchyName(true, true), "$.T.N");
-  EXPECT_EQ(FailingPosRec::subHierarchyName(true, true), "$.L.K.R");
-  EXPECT_EQ(ProbeOuter::subHierarchyName(false, false), "ProbeOuter");
-
-  for (const char* name : {"$.L", "$.L.K", "$.T.N", "$.T.N.J", "Streamable.NodeUIRecBase.NodeUIPosRec",
-                           "Streamable.Taggable.NodeUIManagerBase.NodeUIPosManager"})
-    EXPECT_NE(StreamClassRegistrar::findBuilder(name), nullptr) << name;
-  // Only the classes that can be made from a stream are registered.
-  EXPECT_EQ(StreamClassRegistrar::findBuilder("$.T"), nullptr);
-  EXPECT_EQ(StreamClassRegistrar::findBuilder("$.L.K.R"), nullptr);
 }
 
 TEST(ChunkLayout, FailedNestedLayerLeavesPlaceholdersAndTheFirstHeaderOfL) {
@@ -128,32 +103,6 @@ TEST(ChunkLayout, FailedNestedLayerLeavesPlaceholdersAndTheFirstHeaderOfL) {
   expected.header("K", 1, 0, 0xFFFFFFFF, 0xFFFFFFFF).raw(posOwn(image));
   expected.header("R", 1, 0, 1, 1).u8(0x5A);
   EXPECT_EQ(written(rec, StreamResult::error), expected.bytes);
-}
-
-TEST(ChunkLayout, CompactIntegersEscapeAtTheirThresholds) {
-  using Versions = DynamicIntegralStorage<uint8_t, uint16_t>;
-  using Sizes = DynamicIntegralStorage<uint16_t, uint32_t>;
-  StreamFile s;
-  Versions::pack(s, 254);
-  Versions::pack(s, 255);
-  Versions::pack(s, 0xFFFF);
-  Sizes::pack(s, 65534);
-  Sizes::pack(s, 65535);
-  Sizes::pack(s, 0xFFFFFFFF);
-  ByteWriter expected;
-  expected.u8(254).u8(255).u16(255).u8(255).u16(0xFFFF);
-  expected.u16(65534).u16(65535).u32(65535).u16(65535).u32(0xFFFFFFFF);
-  ASSERT_EQ(s.bytes(), expected.bytes);
-
-  s.seek(0);
-  EXPECT_EQ(Versions::unpack(s), 254);
-  EXPECT_EQ(Versions::unpack(s), 255);
-  EXPECT_EQ(Versions::unpack(s), 0xFFFF);
-  EXPECT_EQ(Sizes::unpack(s), 65534u);
-  EXPECT_EQ(Sizes::unpack(s), 65535u);
-  EXPECT_EQ(Sizes::unpack(s), 0xFFFFFFFFu);
-  EXPECT_TRUE(s.eof());
-  EXPECT_FALSE(s.error());
 }
 
 TEST(ChunkLayout, CompactRootSwitchesEveryFollowingHeaderIncludingItsOwnSizes) {

@@ -40,7 +40,6 @@ TEST_F(Menus, DropDownSelectsTheChosenEntryAndTellsItsParent) {
   EXPECT_EQ(menu->getY() + menu->height(), orientation->screenPos().y) << "hangs from the button";
 
   click(itemOnScreen(*menu, 1));
-  EXPECT_EQ(orientation->getSelectedIndex(), 1);
   EXPECT_EQ(orientation->getSelectedText(), resourceStrW(11780));
   ASSERT_EQ(root->messages.size(), 1u);
   EXPECT_EQ(root->messages[0].message, DropDownMenuButton::dropDownMenuButtonMsg);
