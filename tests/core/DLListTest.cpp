@@ -67,22 +67,6 @@ TEST_F(DLListTest, OwningListsDestroyNonOwningListsOnlyLink) {
   EXPECT_FALSE(a.isLinked());
 }
 
-TEST_F(DLListTest, RecordBelongsToOneListAtATime) {
-  DLList first(false), second(false);
-  Rec a(1), b(2);
-  EXPECT_TRUE(first.append(&a));
-  EXPECT_FALSE(first.append(&a));
-  EXPECT_FALSE(second.append(&a));
-  EXPECT_FALSE(second.remove(&a));
-  EXPECT_FALSE(second.destroy(&a));
-  EXPECT_FALSE(first.remove(&b));
-  EXPECT_EQ(values(first), (std::vector<int>{1}));
-  // A copy of a linked record is a new, unlinked record.
-  Rec copy(a);
-  EXPECT_FALSE(copy.isLinked());
-  EXPECT_TRUE(second.append(&copy));
-}
-
 TEST_F(DLListTest, RecordDestroyedWhileLinkedUnlinksItself) {
   for (bool owning : {false, true}) {
     DLList list(owning);

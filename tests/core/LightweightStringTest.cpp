@@ -29,7 +29,7 @@ TEST(LightweightStringTest, AbsentBufferReadsAsEmptyText) {
   EXPECT_EQ(grown, "y");
 }
 
-TEST(LightweightStringTest, CopiesShareOneBufferUntilOneChanges) {
+TEST(LightweightStringTest, CopiesShareOneBufferUntilOneChangesAndTextFormatsAtAnyLength) {
   const NarrowString original("shared text");
   NarrowString copy = original;
   EXPECT_EQ(copy.c_str(), original.c_str());
@@ -42,9 +42,8 @@ TEST(LightweightStringTest, CopiesShareOneBufferUntilOneChanges) {
   EXPECT_NE(withZero, NarrowString("a"));
   EXPECT_LT(NarrowString("abc"), NarrowString("abd"));
   EXPECT_EQ(std::unordered_set<NarrowString>({"one", "two", "one"}).size(), 2u);
-}
 
-TEST(LightweightStringTest, FormatTextHandlesLongAndEmptyResults) {
+  // Formatted text of any length, empty too.
   EXPECT_EQ(formatText("%s", ""), "");
   const std::string big(5000, 'z');
   EXPECT_EQ(formatText("<%s>%d", big.c_str(), 42).str(), "<" + big + ">42");
@@ -68,10 +67,10 @@ TEST(LightweightStringTest, Utf8AndWideRoundTrip) {
 // Malformed input must never decode to some other character, least of all to
 // ASCII, which is how path and quote characters get smuggled past checks.
 TEST(LightweightStringTest, MalformedSequencesBecomeReplacementCharacters) {
-  for (const std::string& bytes : {std::string("\x80"), std::string("\xFF"), std::string("\xC3"),
-                                   std::string("\xC0\xAF"), std::string("\xC0\x80", 2), std::string("\xE0\x80\xAF"),
-                                   std::string("\xF0\x8F\xBF\xBF"), std::string("\xED\xA0\x80"),
-                                   std::string("\xF4\x90\x80\x80"), std::string("\xF5\x80\x80\x80")}) {
+  for (const std::string& bytes :
+       {std::string("\x80"), std::string("\xFF"), std::string("\xC3"), std::string("\xC0\xAF"),
+        std::string("\xC0\x80", 2), std::string("\xE0\x80\xAF"), std::string("\xF0\x8F\xBF\xBF"),
+        std::string("\xED\xA0\x80"), std::string("\xF4\x90\x80\x80"), std::string("\xF5\x80\x80\x80")}) {
     const std::wstring w = wide(bytes);
     ASSERT_FALSE(w.empty());
     EXPECT_EQ(w.find_first_not_of(wchar_t(0xFFFD)), std::wstring::npos)

@@ -24,7 +24,7 @@ protected:
   void TearDown() override { EXPECT_EQ(Counted::alive, 0) << "an object leaked"; }
 };
 
-TEST_F(PtrTest, LastReferenceToGoDeletesTheObject) {
+TEST_F(PtrTest, LastReferenceToGoDeletesTheObjectAndCastsShareIt) {
   Ux::Ptr<Counted> a(new Counted);
   {
     Ux::Ptr<Counted> b = a;
@@ -50,9 +50,8 @@ TEST_F(PtrTest, LastReferenceToGoDeletesTheObject) {
   moved = nullptr;
   other.reset();
   EXPECT_EQ(Counted::alive, 0);
-}
 
-TEST_F(PtrTest, DynamicCastSharesOwnershipOrGivesEmpty) {
+  // A dynamic cast shares ownership, or gives an empty pointer.
   Ux::Ptr<Counted> base(new Derived);
   Ux::Ptr<Derived> derived = Ux::dynamicCast<Derived>(base);
   ASSERT_TRUE(derived);

@@ -6,6 +6,7 @@
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/Vob.h"
 #include "tests/support/Bytes.h"
+#include "tests/support/TestEdit.h"
 
 namespace {
 
@@ -14,34 +15,17 @@ namespace {
 class SmallEdit : public ::testing::Test {
 protected:
   void SetUp() override {
-    edit = EditPtr(new Edit(Cookie::generate(Cookie::editKind), L"Small"));
-    a = material(IdStamp(3, 0, 1));
-    b = material(IdStamp(3, 0, 2));
-    mix = effect(IdStamp(2, 0, 1), "mix", {a->getId(), b->getId()});
-    loop = effect(IdStamp(2, 0, 8), "", {IdStamp(2, 0, 9)});
-    tail = effect(IdStamp(2, 0, 9), "", {IdStamp(2, 0, 8)});
-    EditChannel v1;
-    v1.id = IdStamp(1, 0, 1);
-    v1.name = L"V1";
-    v1.cels = {{0, 10, Cel::Kind::graph, mix->getId()}, {10, 20, Cel::Kind::material, b->getId()}};
-    edit->addChannel(v1);
-  }
-  void TearDown() override { edit->close(); }
-
-  Ux::Ptr<MaterialUsageNode> material(const IdStamp& id) {
-    Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(id, L"clip", MaterialUsageNode::Media::testCard, "bars"));
-    edit->addNode(m);
-    return m;
-  }
-  Ux::Ptr<EffectInstance> effect(const IdStamp& id, const char* tag, std::vector<IdStamp> inputs) {
-    Ux::Ptr<EffectInstance> e(new EffectInstance(id, L"fx", tag));
-    e->setNumInputs(static_cast<unsigned>(inputs.size()));
-    for (unsigned i = 0; i < inputs.size(); ++i) e->setInputTrackId(i, inputs[i], false);
-    edit->addNode(e);
-    return e;
+    a = built.material(IdStamp(3, 0, 1));
+    b = built.material(IdStamp(3, 0, 2));
+    mix = built.effect(IdStamp(2, 0, 1), "mix", {a->getId(), b->getId()});
+    loop = built.effect(IdStamp(2, 0, 8), "", {IdStamp(2, 0, 9)});
+    tail = built.effect(IdStamp(2, 0, 9), "", {IdStamp(2, 0, 8)});
+    built.channel(IdStamp(1, 0, 1), L"V1", mix->getId());
+    edit->getChan(0).cels.push_back({10, 20, Cel::Kind::material, b->getId()});
   }
 
-  EditPtr edit;
+  testsupport::ScopedEdit built;
+  EditPtr edit = built.edit();
   Ux::Ptr<MaterialUsageNode> a, b;
   Ux::Ptr<EffectInstance> mix, loop, tail;
 };
@@ -171,7 +155,7 @@ TEST_F(SmallEdit, UndoRestoresWholeEditsAndEveryVobHears) {
   EXPECT_EQ(two.timeChanges, 0) << "time belongs to the vob, not the edit";
 }
 
-TEST(EditFileTest, SavedEditLoadsBackTheSame) {
+TEST(EditFileTest, SavedEditLoadsBackTheSameOrWithoutADamagedSidecar) {
   auto loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
   ASSERT_TRUE(loaded.edit) << loaded.error;
   const std::string first = EditFile::toJson(*loaded.edit);
@@ -184,6 +168,17 @@ TEST(EditFileTest, SavedEditLoadsBackTheSame) {
   EXPECT_TRUE(again.warnings.empty()) << "the sidecar was saved with the edit";
   EXPECT_EQ(EditFile::toJson(*again.edit), first);
   again.edit->close();
+
+  // A damaged sidecar: the edit loads without its objects, with a warning.
+  std::FILE* f = std::fopen(EditFile::sidecarPath(path).c_str(), "wb");
+  std::fputs("FXOB garbage", f);
+  std::fclose(f);
+  auto damaged = EditFile::load(path);
+  ASSERT_TRUE(damaged.edit) << damaged.error;
+  ASSERT_EQ(damaged.warnings.size(), 1u);
+  EXPECT_NE(damaged.warnings[0].find("damaged"), std::string::npos);
+  EXPECT_TRUE(damaged.edit->boundObjects().empty());
+  damaged.edit->close();
 }
 
 TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
@@ -194,14 +189,15 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
   };
   const Case cases[] = {
       {"{\n\"name\": \"x\",\n\"channels\": [\n}", ":4:", "syntax error"},
-      {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}", ":3:",
-       "used twice"},
+      {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}",
+       ":3:", "used twice"},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\",\n  \"kind\": \"sprocket\"}]}", ":3:", "unknown kind"},
-      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\",\n \"inputs\": [\"9.9.9\"]}]}", ":2:", "no node or channel"},
-      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 5, \"end\": 1, \"black\": true}]}]}", ":2:",
-       "end after"},
-      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 0, \"end\": 1, \"graph\": \"2.0.7\"}]}]}", ":2:",
-       "no node"},
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\",\n \"inputs\": [\"9.9.9\"]}]}",
+       ":2:", "no node or channel"},
+      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 5, \"end\": 1, \"black\": true}]}]}",
+       ":2:", "end after"},
+      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 0, \"end\": 1, \"graph\": \"2.0.7\"}]}]}",
+       ":2:", "no node"},
       {"{\"frameRate\":\n -3}", ":2:", "frame rate"},
   };
   for (const Case& c : cases) {
@@ -210,26 +206,6 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
     EXPECT_NE(r.error.find(std::string("bad.json") + c.where), std::string::npos) << r.error;
     EXPECT_NE(r.error.find(c.reason), std::string::npos) << r.error;
   }
-}
-
-TEST(EditFileTest, DamagedSidecarLoadsTheEditWithoutItsObjects) {
-  const std::string path = ::testing::TempDir() + "damaged.json";
-  auto loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
-  ASSERT_TRUE(loaded.edit);
-  std::string error;
-  ASSERT_TRUE(EditFile::save(loaded.edit, path, error)) << error;
-  loaded.edit->close();
-  {
-    std::FILE* f = std::fopen(EditFile::sidecarPath(path).c_str(), "wb");
-    std::fputs("FXOB garbage", f);
-    std::fclose(f);
-  }
-  auto again = EditFile::load(path);
-  ASSERT_TRUE(again.edit) << again.error;
-  ASSERT_EQ(again.warnings.size(), 1u);
-  EXPECT_NE(again.warnings[0].find("damaged"), std::string::npos);
-  EXPECT_TRUE(again.edit->boundObjects().empty());
-  again.edit->close();
 }
 
 } // namespace

@@ -85,10 +85,10 @@ TEST_F(NodeGeometry, NarrowThumbnailFillsTheWidth) {
   EXPECT_FALSE(node->roomForThumbnail()) << "under 11 pixels wide";
 }
 
-TEST_F(NodeGeometry, OverlappingPadsGoToTheNearestAndTiesToTheLowerIndex) {
+TEST_F(NodeGeometry, HitsGoToTheNearestPadUntilPadsVanish) {
   fx.frame(*node, 100);
   // Grown by the widget gap, input 0's pad spans y 145..169 (centre 157) and
-  // input 1's 131..155 (centre 143).
+  // input 1's 131..155 (centre 143); ties go to the lower index.
   int index = -1;
   EXPECT_EQ(hit(140, 150, index), FXGraphViewNode::eInput);
   EXPECT_EQ(index, 0) << "7 pixels from both";
@@ -96,10 +96,18 @@ TEST_F(NodeGeometry, OverlappingPadsGoToTheNearestAndTiesToTheLowerIndex) {
   EXPECT_EQ(index, 1);
   EXPECT_EQ(hit(252, 154, index), FXGraphViewNode::eOutput);
   EXPECT_EQ(index, 0);
+  EXPECT_EQ(hit(node->getInputPos(0).x + 2, node->getInputPos(0).y, index), FXGraphViewNode::eInput)
+      << "inside the edge";
   index = -1;
   EXPECT_EQ(hit(196, 154, index), FXGraphViewNode::eBody);
   EXPECT_EQ(index, -1) << "a body hit leaves the index alone";
   EXPECT_EQ(hit(300, 154, index), FXGraphViewNode::eNothing);
+
+  fx.frame(*node, 16); // 0.02 graph units are 2.56 pixels: the pads vanish
+  EXPECT_EQ(node->getNodePadArea(node->getInputPos(0), FXGraphViewNode::eInputPad), Box(0, 0, 0, 0));
+  EXPECT_EQ(hit(node->getInputPos(0).x + 2, node->getInputPos(0).y, index), FXGraphViewNode::eBody);
+  EXPECT_EQ(hit(node->getOutputPos(0).x + 2, node->getOutputPos(0).y, index), FXGraphViewNode::eNothing);
+  EXPECT_EQ(hit(0, 0, index), FXGraphViewNode::eNothing) << "a vanished pad is not a box round the origin";
 }
 
 TEST_F(NodeGeometry, ManyInputsOfferOnlyTheConnectedOnesAndOneMore) {
@@ -114,26 +122,10 @@ TEST_F(NodeGeometry, ManyInputsOfferOnlyTheConnectedOnesAndOneMore) {
   EXPECT_EQ(five->translateMouseEvent(140, 143, index), FXGraphViewNode::eInput);
   EXPECT_EQ(index, 2);
   EXPECT_EQ(five->translateMouseEvent(140, 124, index), FXGraphViewNode::eNothing) << "input 4 is not offered";
-}
 
-TEST_F(NodeGeometry, PadsVanishWhenZoomedFarOutButTheBodyIsStillHit) {
-  // Just inside the left edge, by input 0's pad.
-  fx.frame(*node, 100);
-  int index = -1;
-  EXPECT_EQ(hit(node->getInputPos(0).x + 2, node->getInputPos(0).y, index), FXGraphViewNode::eInput);
-
-  fx.frame(*node, 16); // 0.02 graph units are 2.56 pixels
-  EXPECT_EQ(node->getNodePadArea(node->getInputPos(0), FXGraphViewNode::eInputPad), Box(0, 0, 0, 0));
-  EXPECT_EQ(hit(node->getInputPos(0).x + 2, node->getInputPos(0).y, index), FXGraphViewNode::eBody);
-  EXPECT_EQ(hit(node->getOutputPos(0).x + 2, node->getOutputPos(0).y, index), FXGraphViewNode::eNothing);
-  EXPECT_EQ(hit(0, 0, index), FXGraphViewNode::eNothing) << "a vanished pad is not a box round the origin";
-}
-
-TEST_F(NodeGeometry, NodeWithoutAGraphNodeIsNeverHit) {
+  // A node without a graph node is never hit.
   Ux::Ptr<FXGraphViewNode> orphan(new FXGraphViewNode(&fx.view(), EditGraphIterator()));
-  orphan->setPosition(node->getPosition().x, node->getPosition().y, false);
-  fx.frame(*node, 100);
-  int index = -1;
+  orphan->setPosition(five->getPosition().x, five->getPosition().y, false);
   EXPECT_EQ(orphan->translateMouseEvent(196, 154, index), FXGraphViewNode::eNothing);
   EXPECT_EQ(orphan->getTitleStr().str(), L"<missing>");
 }

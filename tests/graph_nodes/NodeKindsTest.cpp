@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
+#include "host/edit/EditFile.h"
 #include "host/render/ImageCache.h"
 #include "host/render/StillsCache.h"
 #include "host/render/VidRenderUtils.h"
+#include "tests/support/Bytes.h"
 #include "tests/support/ViewFixture.h"
 
 namespace {
@@ -52,6 +54,8 @@ TEST(NodeKinds, TheViewChoosesTheKindByGraphNodeAndTag) {
     EXPECT_EQ(n->hasThumbnail(), e.thumbnail) << e.id.asString().str();
   }
   EXPECT_EQ(fx.node(aliasId)->getMainCol(), Palette().window(0)) << "an alias reads as a placeholder";
+  EXPECT_EQ(fx.node(root)->getTitleStr().str(), L"V1 : fx") << "titles name the channel";
+  EXPECT_EQ(fx.node(material)->getTitleStr().str(), L"Interview : V1");
 
   const EditPtr& edit = fx.view().getEdit();
   EXPECT_TRUE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>(edit->openNode(flat))));
@@ -60,63 +64,40 @@ TEST(NodeKinds, TheViewChoosesTheKindByGraphNodeAndTag) {
   EXPECT_FALSE(isFlatBackgroundColourEffect(Tag<FXGraphNodeBase>()));
 }
 
-TEST(NodeKinds, TitlesNameTheChannel) {
-  ViewFixture fx(kindsEdit());
-  EXPECT_EQ(fx.node(root)->getTitleStr().str(), L"V1 : fx");
-  EXPECT_EQ(fx.node(material)->getTitleStr().str(), L"Interview : V1");
-}
-
-TEST(NodeKinds, ShotInfoReadsTheProjectDatabase) {
-  ViewFixture fx(ViewFixture::loadExample("promo.json"));
-  auto interview = Ux::dynamicCast<MaterialUsageNode>(fx.view().getEdit()->openNode(IdStamp(3, 0, 1)));
-  ASSERT_TRUE(interview);
-  EXPECT_EQ(getShotInfo(interview->getMaterialCookie(), "name"), "Interview");
-  EXPECT_TRUE(getShotInfo(Cookie(), "name").empty());
-}
-
 class DrawnPromo : public ::testing::Test {
 protected:
-  ViewFixture fx{ViewFixture::loadExample("promo.json")};
+  ViewFixture fx{EditFile::load(testsupport::sourcePath("examples/promo.json")).edit};
 };
 
-TEST_F(DrawnPromo, CachedStillsAreNotRenderedAgain) {
+TEST_F(DrawnPromo, ThumbnailsComeFromTheStillsCacheAndTellTheColourAtTheirMiddle) {
   Ux::Ptr<FXGraphViewNode> sky = fx.node(IdStamp(3, 0, 6)); // a gradient matte
   ASSERT_TRUE(sky && dynamic_cast<FXGraphViewThumbNode*>(sky.get()));
   ASSERT_TRUE(sky->drawnLast());
   ASSERT_EQ(sky->lastThumbnailTime(), 0) << "its thumbnail was drawn";
+  Colour c; // orange at the bottom, blue at the top (the flat matte's is checked in the program's picture)
+  ASSERT_TRUE(sky->thumbnailColour(c));
+  EXPECT_NEAR(c.r, (0.95 + 0.2) / 2, 0.05);
+  EXPECT_NEAR(c.b, (0.3 + 0.9) / 2, 0.05);
+  EXPECT_FALSE(fx.node(IdStamp(2, 0, 1))->thumbnailColour(c)) << "a plain node shows no picture";
 
   const unsigned rendered = Render::VidRenderUtils::stillsRendered();
   fx.view().redraw();
   EXPECT_EQ(Render::VidRenderUtils::stillsRendered(), rendered);
-
   Render::StillsCache::instance().clear();
   fx.view().redraw();
   EXPECT_GT(Render::VidRenderUtils::stillsRendered(), rendered);
 }
 
-TEST_F(DrawnPromo, AnUnchangedImageFileIsNotReadAgain) {
+TEST_F(DrawnPromo, AnUnchangedImageFileIsNotReadAgainAndANodeOutsideTheViewDrawsNothing) {
   auto* logo = dynamic_cast<FXGraphViewImageNode*>(fx.node(IdStamp(3, 0, 3)).get());
   ASSERT_TRUE(logo);
   ASSERT_EQ(logo->thumbnailLoads(), 1u);
   fx.view().redraw();
   EXPECT_EQ(logo->thumbnailLoads(), 1u);
-
   Ux::dynamicCast<ImageImportEffect>(logo->graphNode())->setFile("elsewhere.png");
   fx.view().redraw();
   EXPECT_EQ(logo->thumbnailLoads(), 2u);
-}
 
-TEST_F(DrawnPromo, ThumbnailsTellTheColourAtTheirMiddle) {
-  Colour c;
-  ASSERT_TRUE(fx.node(IdStamp(3, 0, 5))->thumbnailColour(c)); // the flat blue matte
-  EXPECT_EQ(c, Colour(0.1, 0.25, 0.75));
-  ASSERT_TRUE(fx.node(IdStamp(3, 0, 6))->thumbnailColour(c)); // orange at the bottom, blue at the top
-  EXPECT_NEAR(c.r, (0.95 + 0.2) / 2, 0.05);
-  EXPECT_NEAR(c.b, (0.3 + 0.9) / 2, 0.05);
-  EXPECT_FALSE(fx.node(IdStamp(2, 0, 1))->thumbnailColour(c)) << "a plain node shows no picture";
-}
-
-TEST_F(DrawnPromo, ANodeOutsideTheViewDrawsNothing) {
   Ux::Ptr<FXGraphViewNode> node = fx.node(IdStamp(2, 0, 1));
   ASSERT_TRUE(node && node->drawnLast());
   node->setPosition(100, 100, false);

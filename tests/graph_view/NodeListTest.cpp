@@ -16,17 +16,7 @@ namespace {
 using testsupport::EditBuilder;
 using testsupport::ViewFixture;
 
-const IdStamp head(2, 0, 1), left(3, 0, 1), right(3, 0, 2), other(2, 0, 2), otherSource(3, 0, 3);
-
-// V1: head(left, right); V2: other(otherSource, a free input).
-EditPtr twoTrees(EditBuilder b = {}) {
-  for (const IdStamp& m : {left, right, otherSource}) b.material(m);
-  b.effect(head, "mix", {left, right});
-  b.effect(other, "pip", {otherSource, IdStamp()});
-  b.channel(IdStamp(1, 0, 1), L"V1", head);
-  b.channel(IdStamp(1, 0, 2), L"V2", other);
-  return b.edit();
-}
+using namespace viewtest;
 
 void changed(const EditPtr& edit) { edit->addModification({EditModification(EditModification::structure)}, true); }
 
@@ -170,20 +160,6 @@ TEST(NodeList, TreesStackDownwardsOrSideBySide) {
   e = firstTree();
   EXPECT_EQ(fx.node(head)->getPosition(), XY<double>(0, 0));
   EXPECT_EQ(fx.node(other)->getPosition(), XY<double>(e.x1 + 0.1875, e.y0));
-}
-
-TEST(NodeList, ExtremeNodesKeepTheEarlierOnTies) {
-  ViewFixture fx(twoTrees());
-  FXGraphView& view = fx.view();
-  // In list order head, left, right, other, otherSource: ties on min x and max y.
-  const std::vector<XY<double>> at{{0, 0}, {0, 1}, {1, 1}, {0.5, 0.5}, {0.5, 0.25}};
-  ASSERT_EQ(view.nodes().size(), at.size());
-  for (std::size_t i = 0; i < at.size(); ++i) view.nodes()[i]->setPosition(at[i].x, at[i].y, true);
-  view.redraw(); // a frame starts by finding them
-  EXPECT_EQ(view.extremeNode(0)->getNodeID(), head);
-  EXPECT_EQ(view.extremeNode(1)->getNodeID(), right);
-  EXPECT_EQ(view.extremeNode(2)->getNodeID(), head);
-  EXPECT_EQ(view.extremeNode(3)->getNodeID(), left);
 }
 
 TEST(NodeList, NoRebuildWhileAWireIsDragged) {

@@ -8,6 +8,7 @@
 
 #include "graph_view/FXGraphView.h"
 #include "host/ui/GlobManager.h"
+#include "tests/support/TestEdit.h"
 #include "tests/support/UiScreen.h"
 
 // Points print as points in test failures.
@@ -17,6 +18,18 @@ void PrintTo(const XY<T>& p, std::ostream* os) {
 }
 
 namespace viewtest {
+
+const IdStamp head(2, 0, 1), left(3, 0, 1), right(3, 0, 2), other(2, 0, 2), otherSource(3, 0, 3);
+
+// V1: head(left, right); V2: other(otherSource, a free input).
+inline EditPtr twoTrees(testsupport::EditBuilder b = {}) {
+  for (const IdStamp& m : {left, right, otherSource}) b.material(m);
+  b.effect(head, "mix", {left, right});
+  b.effect(other, "pip", {otherSource, IdStamp()});
+  b.channel(IdStamp(1, 0, 1), L"V1", head);
+  b.channel(IdStamp(1, 0, 2), L"V2", other);
+  return b.edit();
+}
 
 // The whole graph, centred, at 8 x maxNodeSize pixels a graph unit, drawn
 // (drawing caches the pixel boxes that hit testing reads).

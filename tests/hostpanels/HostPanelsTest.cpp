@@ -1,17 +1,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "host/config/Resources.h"
 #include "host/edit/EditFile.h"
-#include "host/edit/EditInfo.h"
-#include "host/edit/ManagedCel.h"
 #include "host/edit/PopOutInfo.h"
 #include "host/edit/ProjectDatabase.h"
-#include "host/render/StillsCache.h"
 #include "host/render/UtrImporter.h"
 #include "host/render/VidRenderUtils.h"
 #include "host/ui/CompoundEffectPanel.h"
@@ -21,6 +17,7 @@
 #include "host/ui/FloatingLogMetadataPanel.h"
 #include "host/ui/MessageBox.h"
 #include "host/ui/PushButton.h"
+#include "tests/support/Program.h"
 #include "tests/support/UiScreen.h"
 
 using namespace testsupport;
@@ -66,10 +63,7 @@ T* findRoot() {
 class HostPanels : public ::testing::Test {
 protected:
   void SetUp() override {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    folder = fs::temp_directory_path() / ("fxgraph-hostpanels-" + std::to_string(::getpid()) + "-" + test->name());
-    fs::create_directories(folder);
-    EditFile::LoadResult loaded = EditFile::parse(editJson, "panels.json", folder.string());
+    EditFile::LoadResult loaded = EditFile::parse(editJson, "panels.json", folder.path(""));
     ASSERT_TRUE(loaded.edit) << loaded.error;
     edit = loaded.edit;
     vob = std::make_unique<Vob>(edit);
@@ -78,7 +72,6 @@ protected:
   void TearDown() override {
     vob.reset();
     if (edit) edit->close();
-    fs::remove_all(folder);
   }
   EditGraphIterator at(const IdStamp& node, double t = 5) {
     return EditGraphIterator(edit, t, node, EditGraphIterator::positionAtNode);
@@ -86,7 +79,7 @@ protected:
   Ux::Ptr<EffectInstance> effect(const IdStamp& id) { return edit->openObject<EffectInstance>(id); }
 
   ScopedScreen screen{800, 600};
-  fs::path folder;
+  TempFolder folder;
   EditPtr edit;
   std::unique_ptr<Vob> vob;
 };
@@ -100,9 +93,6 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
   ASSERT_NE(panel, nullptr);
   ASSERT_EQ(panel->controls().size(), 1u);
   EXPECT_EQ(panel->controls()[0].key, "amount");
-  // A still rendered now is stale once the value changes.
-  const Render::RenderContext still(mix, VideoFormat{"t", 32, 18, 16.0 / 9.0});
-  Render::StillsCache::instance().add(still, Render::VidRenderUtils::renderStill(still));
 
   EXPECT_TRUE(click(centreOf(*panel->controls()[0].up)));
   EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 0.55);
@@ -110,7 +100,6 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
   ASSERT_FALSE(listener.heard.empty());
   EXPECT_EQ(listener.heard.back().kind, EditModification::effectParams);
   EXPECT_EQ(listener.heard.back().nodeId, mixId);
-  EXPECT_FALSE(Render::StillsCache::instance().getStillImage(still));
 
   click(centreOf(*panel->controls()[0].down));
   click(centreOf(*panel->controls()[0].down));
@@ -124,9 +113,16 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
   EditGraphIterator street = at(streetId);
   EXPECT_EQ(CompoundEffectPanel::create(vob.get(), street, "params"), nullptr) << "a material has no parameters";
   EXPECT_EQ(CompoundEffectPanel::create(vob.get(), mix, "keyframes"), nullptr);
+
+  // Read only: the user hears why, in a box centred on the screen that OK closes.
   vob->setReadOnly(true);
   EXPECT_FALSE(panel->stepParam("amount", 0, 1));
-  EXPECT_NE(findRoot<MessagePanel>(), nullptr) << "the user hears why";
+  MessagePanel* box = findRoot<MessagePanel>();
+  ASSERT_NE(box, nullptr);
+  EXPECT_NEAR(box->getX() + box->width() / 2, 400, 1);
+  EXPECT_NEAR(box->getY() + box->height() / 2, 300, 1);
+  click(centreOf(*box->okButton()));
+  EXPECT_EQ(findRoot<MessagePanel>(), nullptr);
 }
 
 TEST_F(HostPanels, ImportedRenderIsAMaterialWhoseFileExistsAndRenders) {
@@ -134,9 +130,8 @@ TEST_F(HostPanels, ImportedRenderIsAMaterialWhoseFileExistsAndRenders) {
   Ux::Ptr<MaterialUsageNode> first = UtrImporter::createImporter(vob.get(), grade, Palette());
   ASSERT_TRUE(first);
   EXPECT_EQ(first->getMedia(), MaterialUsageNode::Media::file);
-  EXPECT_TRUE(fs::exists(folder / first->getSource().str()));
+  EXPECT_TRUE(fs::exists(folder.path(first->getSource().str())));
   EXPECT_EQ(edit->openNode(first->getId()).get(), first.get());
-  EXPECT_EQ(EditInfo(first->getMaterialCookie()).getAttrib("media"), "file");
 
   const Render::RenderContext context(at(first->getId()), VideoFormat{"t", 64, 36, 16.0 / 9.0});
   const Ux::Ptr<UxImage> picture = Render::VidRenderUtils::renderStill(context);
@@ -172,19 +167,6 @@ TEST_F(HostPanels, PopOutInfoNamesTheShotUnderAPosition) {
     EXPECT_FALSE(none.message.empty());
   }
   EXPECT_EQ(getPopOutShotInfo(edit, 1, 5).message, resourceStr(13041));
-
-  // The shot's record through its cel, as the audio routing table reads it.
-  const Cookie record = convertCookie(CelEventPair(edit, 0, 12).stripCookie(), recordCookieKind, keepCookieSuffix);
-  EXPECT_EQ(EditInfo(record).getAttribW("name"), L"Crowd");
-  EXPECT_EQ(EditInfo(edit->getCookie()).getAttribW("name"), L"Panels");
-  EXPECT_EQ(convertCookie(record, Cookie::editKind, 7), Cookie(record.id(), Cookie::editKind, 7));
-  EXPECT_FALSE(convertCookie(record, 12, keepCookieSuffix).valid());
-  EXPECT_EQ(ManagedCel(*edit).id(), IdStamp(1, 0, 1));
-
-  const EditGraphIterator grade = at(gradeId, 5);
-  EXPECT_DOUBLE_EQ(grade.getRange(-1, 0), 0);
-  EXPECT_DOUBLE_EQ(grade.getRange(-2, 1), 10);
-  EXPECT_DOUBLE_EQ(EditGraphIterator().getRange(-1, 0), 0);
 }
 
 TEST_F(HostPanels, MenuMessagesParseBackToTheirPosition) {
@@ -210,17 +192,6 @@ TEST_F(HostPanels, MenuMessagesParseBackToTheirPosition) {
                                       "render_effect", "popOuttile", "popOutlog"}));
   EXPECT_EQ(messages(at(streetId)), (V{"render_effect", "popOuttile", "popOutlog"}));
   EXPECT_TRUE(EffectMenuItems::getItemsForComponent(EditGraphIterator()).empty());
-}
-
-TEST_F(HostPanels, MessageBoxIsCentredAndClosesOnOK) {
-  MessagePanel* box = makeMessage(resourceStrW(11285) + L". " + resourceStrW(11285) + L". " + resourceStrW(11285));
-  ASSERT_NE(box, nullptr);
-  EXPECT_GT(box->rows().size(), 1u) << "long text wraps";
-  EXPECT_NEAR(box->getX() + box->width() / 2, 400, 1);
-  EXPECT_NEAR(box->getY() + box->height() / 2, 300, 1);
-  EXPECT_EQ(GlobManager::roots().back(), box);
-  click(centreOf(*box->okButton()));
-  EXPECT_EQ(findRoot<MessagePanel>(), nullptr);
 }
 
 TEST_F(HostPanels, TemplatePanelDescribesTheEffectAndFollowsChanges) {
@@ -262,17 +233,12 @@ TEST_F(HostPanels, ViewerAndLogPanelPopOutAShot) {
   ASSERT_FALSE(log->rows().empty());
   EXPECT_EQ(log->rows()[0].value, L"Street");
 
-  EditViewer* whole = makeEditViewer("tilev", edit->getCookie(), {400, 10}, 3, L"Whole");
-  ASSERT_NE(whole, nullptr);
-  EXPECT_EQ(whole->getVob()->getEdit(), edit);
-  EXPECT_DOUBLE_EQ(whole->getVob()->getCurrentTime(), 3);
-
   GlobManager::requestDeletion(viewer);
   GlobManager::processDeletions();
   EXPECT_EQ(Vob::getPlayMachine(), nullptr);
   EXPECT_EQ(log->getVob(), nullptr) << "the panel outlives the viewer's vob";
 
-  EXPECT_EQ(makeEditViewer("cinema", edit->getCookie(), {0, 0}, 0, {}), nullptr);
-  EXPECT_EQ(makeEditViewer("tilev", Cookie::generate(), {0, 0}, 0, {}), nullptr);
+  EXPECT_EQ(makeEditViewer("cinema", edit->getCookie(), {0, 0}, 0, {}), nullptr) << "no such kind";
+  EXPECT_EQ(makeEditViewer("tilev", Cookie::generate(), {0, 0}, 0, {}), nullptr) << "no such shot";
   EXPECT_EQ(FloatingLogMetadataPanel::create(Cookie::generate(), {0, 0}), nullptr);
 }

@@ -1,6 +1,5 @@
 #include "layout/FXGraphTidier.h"
 
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -39,21 +38,26 @@ struct Tidied {
 
 } // namespace
 
-TEST(FXGraphTidier, RootSitsAtTheOriginGivenAndRefusalsMoveNothing) {
+TEST(FXGraphTidier, RootSitsAtTheOriginGivenPositionsAreWrittenQuietlyAndRefusalsMoveNothing) {
   TestGraph g;
   g.material(2);
-  g.effect(1, {2});
-  const Tidied t(g, 2.5, -1.25);
-  t.expectAt(1, 2.5, -1.25);
-  EXPECT_EQ(t.tidier.getTreeExtents(), (Ux::Box<double>(2.5 - gap, -1.25, 2.5, -1.25)));
-
-  FakePosSource source({node(2)}); // no record for the root
+  g.effect(1, {2, 2});
+  FakePosSource source;
+  testsupport::NotifyRecorder heard(source.getPosRecForNode(node(2))->getNotify());
   FXGraphTidier tidier(source, gap, gap);
   EditGraphIterator it = g.at(1), none;
-  EXPECT_FALSE(tidier.tidyTreeStruct(it, 1, 2));
-  EXPECT_EQ(source.pos(node(2)), (XY<double>(0, 0)));
-  EXPECT_FALSE(tidier.tidyTreeStruct(none, 3, 4));
-  EXPECT_EQ(tidier.getTreeExtents(), (Ux::Box<double>(3, 4, 3, 4)));
+  ASSERT_TRUE(tidier.tidyTreeStruct(it, 2.5, -1.25));
+  EXPECT_EQ(source.pos(node(1)), XY<double>(2.5, -1.25));
+  EXPECT_EQ(source.pos(node(2)), XY<double>(2.5 - gap, -1.25)) << "one distinct input: centred";
+  EXPECT_EQ(tidier.getTreeExtents(), (Ux::Box<double>(2.5 - gap, -1.25, 2.5, -1.25)));
+  EXPECT_TRUE(heard.heard.empty());
+
+  FakePosSource partial({node(2)}); // no record for the root
+  FXGraphTidier refusing(partial, gap, gap);
+  EXPECT_FALSE(refusing.tidyTreeStruct(it, 1, 2));
+  EXPECT_EQ(partial.pos(node(2)), (XY<double>(0, 0)));
+  EXPECT_FALSE(refusing.tidyTreeStruct(none, 3, 4));
+  EXPECT_EQ(refusing.getTreeExtents(), (Ux::Box<double>(3, 4, 3, 4)));
 }
 
 // 1 <- [2, 0, 3, 3, 4], 2 <- [5]: three distinct inputs, spaced by slot index
@@ -167,28 +171,4 @@ TEST(FXGraphTidier, NonEffectParentSendsItsInputsFarOut) {
   t.expectAt(5, -2 * gap, gap / 2 + far - gap);
   EXPECT_EQ(t.source.pos(node(4)), t.source.pos(node(5)));
   EXPECT_DOUBLE_EQ(t.tidier.getTreeExtents().y1, gap / 2 + far);
-}
-
-TEST(FXGraphTidier, WritesPositionsQuietly) {
-  TestGraph g;
-  g.material(2);
-  g.effect(1, {2, 2});
-  FakePosSource source;
-  testsupport::NotifyRecorder heard(source.getPosRecForNode(node(2))->getNotify());
-  FXGraphTidier tidier(source, gap, gap);
-  EditGraphIterator it = g.at(1);
-  ASSERT_TRUE(tidier.tidyTreeStruct(it, 1, 1));
-  EXPECT_EQ(source.pos(node(2)), XY<double>(1 - gap, 1)); // one distinct input: centred
-  EXPECT_TRUE(heard.heard.empty());
-}
-
-TEST(RotatePointAboutOrigin, TurnsAnticlockwiseByDegrees) {
-  const auto expectNear = [](XY<double> got, XY<double> want) {
-    EXPECT_NEAR(got.x, want.x, 1e-12);
-    EXPECT_NEAR(got.y, want.y, 1e-12);
-  };
-  expectNear(rotatePointAboutOrigin({1, 0}, 90), {0, 1});
-  expectNear(rotatePointAboutOrigin({0, -1}, -90), {-1, 0});
-  expectNear(rotatePointAboutOrigin({-3, 4}, 180), {3, -4});
-  expectNear(rotatePointAboutOrigin({1, 1}, 45), {0, std::sqrt(2.0)});
 }

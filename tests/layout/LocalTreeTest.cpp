@@ -7,23 +7,20 @@
 #include "tests/layout/LayoutTestGraph.h"
 #include "tests/support/FakePosSource.h"
 
-using layouttest::channelId;
 using layouttest::node;
 using layouttest::TestGraph;
 using testsupport::FakePosSource;
 
 namespace {
 
-// The local tree of a graph, parsed from the iterator given; the record of
-// node `otherTree` is marked as another tree's.
+// The local tree of a graph, parsed from the iterator given.
 struct LocalTree {
   FakePosSource source;
   std::unique_ptr<FXGraphTidier> tidier;
   std::vector<IdStamp> ids; // node id per local index
 
-  LocalTree(EditGraphIterator it, double depthSpacing = 1, double breadthSpacing = 1, uint32_t otherTree = 0)
+  LocalTree(EditGraphIterator it, double depthSpacing = 1, double breadthSpacing = 1)
       : tidier(std::make_unique<FXGraphTidier>(source, depthSpacing, breadthSpacing)) {
-    if (otherTree) source.getPosRecForNode(node(otherTree))->setExtraValue(7);
     if (!it.isValid()) return;
     const int root = tidier->parseEditIntoLocalTree(it, source.getPosRecForNode(it.getNode()->getId()), -1);
     for (int i = 0; i < tidier->getLocalTreeSize(); ++i) ids.push_back(tidier->getLocalTreeRec(i).record->getNodeId());
@@ -60,58 +57,6 @@ TEST(LocalTree, ParseTakesInputsLastFirstWithParentsAndLevels) {
   EXPECT_EQ(t.rec(1).depthLevel, 0);
   EXPECT_EQ(t.rec(3).depthLevel, 1);
   EXPECT_EQ(t.rec(4).depthLevel, 2);
-}
-
-// Materials of kind (1, 647) stay out when reached through a channel of
-// subtype 4, whether that is the root's channel or one named by an input.
-TEST(LocalTree, LeavesOutMarkedMaterialsOnSubtypeFourChannels) {
-  TestGraph g;
-  g.material(5, {1, 647});
-  g.material(6, {1, 647});
-  g.material(7, {2, 647});
-  g.channel(2, node(6), 4, true);
-  g.channel(3, node(7), 4, true);
-  g.effectWithSlots(1, {node(5), channelId(2), channelId(3)});
-  g.channel(1, node(1), 0);
-  g.channel(4, node(5), 4, true);
-
-  LocalTree t(g.atChannel(1));
-  EXPECT_EQ(t.ids, (std::vector<IdStamp>{node(1), node(7), node(5)}));
-  LocalTree alone(g.atChannel(4));
-  EXPECT_EQ(alone.tidier->getLocalTreeSize(), 0);
-}
-
-TEST(LocalTree, CyclesAndOtherExtraValuesStayOut) {
-  TestGraph g;
-  g.materials({4, 6});
-  g.effect(5, {6});
-  g.effect(3, {4});
-  g.effect(2, {1, 3, 5}); // input 0 loops back to the root
-  g.effect(1, {2});
-  const LocalTree t(g.at(1), 1, 1, 5); // node 5's branch is another tree's
-  EXPECT_EQ(t.ids, (std::vector<IdStamp>{node(1), node(2), node(3), node(4)}));
-}
-
-// Node 3 feeds the root and node 2. Met at level 1 first, its branch moves
-// under node 2 when met at level 2; met at level 2 first, it stays there.
-TEST(LocalTree, DeeperMeetingMovesTheBranch) {
-  TestGraph g;
-  g.material(4);
-  g.effect(3, {4});
-  g.effect(2, {3});
-  g.effect(1, {2, 3});
-  g.effect(11, {3, 2});
-
-  LocalTree moved(g.at(1));
-  EXPECT_EQ(moved.childrenOf(1), std::vector<IdStamp>{node(2)});
-  EXPECT_EQ(moved.childrenOf(2), std::vector<IdStamp>{node(3)});
-  EXPECT_EQ(moved.rec(3).parent, moved.indexOf(2));
-  EXPECT_EQ(moved.rec(3).depthLevel, 2);
-  EXPECT_EQ(moved.rec(4).depthLevel, 3);
-
-  LocalTree kept(g.at(11));
-  EXPECT_EQ(kept.childrenOf(11), std::vector<IdStamp>{node(2)});
-  EXPECT_EQ(kept.rec(3).depthLevel, 2);
 }
 
 TEST(LocalTree, FullTreeRefusesFurtherNodes) {

@@ -15,7 +15,7 @@
 #include "host/stream/ObjectsFile.h"
 #include "host/stream/StreamTraceSink.h"
 #include "node_ui/NodeUIPosManager.h"
-#include "tests/support/Bytes.h"
+#include "tests/support/Program.h"
 
 using namespace testsupport;
 
@@ -24,9 +24,9 @@ namespace {
 const std::string corpus = sourcePath("tests/node_ui/corpus");
 
 std::vector<uint8_t> readFile(const std::string& name) {
-  std::ifstream in(corpus + "/" + name, std::ios::binary);
-  EXPECT_TRUE(in) << name;
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const std::string text = readText(corpus + "/" + name);
+  EXPECT_FALSE(text.empty()) << name;
+  return {text.begin(), text.end()};
 }
 
 // A record as bits, so that NaN payloads and signed zeros compare exactly.
@@ -281,20 +281,13 @@ TEST(DamagedRecords, TruncationAtEveryOffset) {
       EXPECT_EQ(o.result, StreamResult::layerRead);
       EXPECT_TRUE(o.errorText.empty());
     }
+    // Cut inside the last header's sizes (the total that ends the file, or
+    // the own size): a size read short is no legitimate empty layer.
+    const std::size_t missing = b.bytes.size() - cut;
+    if (missing <= 5 && missing != 4) {
+      EXPECT_EQ(o.second, StreamResult::unexpectedEof);
+    }
     checkInvariants(bytes);
-  }
-}
-
-// The last header of a file ends with its 32-bit total size. Cut inside
-// that field, the size is read short: the reader must not take the partial
-// value as a legitimate empty layer.
-TEST(DamagedRecords, CutInsideTheLastTotalSizeIsAnUnexpectedEnd) {
-  const Base& b = base();
-  for (std::size_t missing : {1, 2, 3, 5}) { // 5: inside the own size
-    SCOPED_TRACE(std::to_string(missing) + " bytes missing");
-    const Outcome o({b.bytes.begin(), b.bytes.end() - static_cast<std::ptrdiff_t>(missing)});
-    EXPECT_EQ(o.second, StreamResult::unexpectedEof);
-    EXPECT_FALSE(o.file.complete);
   }
 }
 

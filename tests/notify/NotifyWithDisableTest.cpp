@@ -72,16 +72,15 @@ TEST(NotifiableTest, ReleasingOrDestroyingTheClientEndsItsSubscriptions) {
   a.issueNotification(NotifyMsg("second"), changed);
   EXPECT_EQ(inside.heard, 1);
   EXPECT_FALSE(a.hasSubscribers());
-}
 
-TEST(NotifiableTest, ClientOutlivingItsNotifierReleasesSafely) {
-  Client client;
+  // Outliving its notifier, it hears the destruction and releases safely.
+  Client outliving;
   {
     Notifier n;
-    client.follow(n);
+    outliving.follow(n);
   }
-  EXPECT_EQ(client.heard, 1) << "hears the destruction message";
-  client.detach();
+  EXPECT_EQ(outliving.heard, 1);
+  outliving.detach();
 }
 
 } // namespace

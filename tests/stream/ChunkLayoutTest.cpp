@@ -1,6 +1,6 @@
 // Chunk layouts: the bytes of each layer as written, the version rewrite of
-// "L", the nesting of records in a manager, what a failed nested layer leaves
-// behind, and the compact headers of old files.
+// "L", what a failed nested layer leaves behind, and the compact headers of
+// old files. (A manager's nesting of records is in ObjectsFileTest.)
 #include <gtest/gtest.h>
 
 #include "host/core/Cookie.h"
@@ -37,14 +37,6 @@ STRM_DEFINE_LAYER(FailingPosRec, "R")
 
 namespace {
 
-const char* const cookieText = "5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0";
-
-Cookie cookie() {
-  Cookie c;
-  EXPECT_TRUE(Cookie::fromString(cookieText, c));
-  return c;
-}
-
 std::vector<uint8_t> written(const Streamable& object, int expectedResult = StreamResult::packed) {
   PStream s;
   EXPECT_EQ(s.writeObject(object), expectedResult);
@@ -52,7 +44,7 @@ std::vector<uint8_t> written(const Streamable& object, int expectedResult = Stre
 }
 
 TEST(ChunkLayout, PositionRecordLayersAsWritten) {
-  NodeUIPosRec rec(nullptr, IdStamp(1, 2, 3), cookie());
+  NodeUIPosRec rec(nullptr, IdStamp(1, 2, 3), sampleCookie());
   rec.setDrawPosition(1.5, -2.0, false);
   rec.setManualPos(3.0, 4.0);
   const PosRecImage image{IdStamp(1, 2, 3), cookieText, 1.5, -2.0, 3.0, 4.0, 1};
@@ -70,21 +62,6 @@ TEST(ChunkLayout, PositionRecordLayersAsWritten) {
   expected.header("K", 1, 0, 33, 33).raw(k);
   EXPECT_EQ(written(rec), expected.bytes);
   EXPECT_EQ(expected.bytes, posRecChain(image));
-}
-
-TEST(ChunkLayout, ManagerNestsWholeRecordChainsAfterTheCount) {
-  NodeUIPosManager manager;
-  NodeUIPosRec* a = manager.createPosRec(IdStamp(2, 0, 1), cookie());
-  NodeUIPosRec* b = manager.createPosRec(IdStamp(3, 0, 1), cookie());
-  a->setDrawPosition(0.25, 0.5, false);
-  b->setManualPos(-1, 1);
-  const std::vector<uint8_t> expected =
-      posManagerChain({posRecChain({IdStamp(2, 0, 1), cookieText, 0.25, 0.5, 0, 0, 0}),
-                       posRecChain({IdStamp(3, 0, 1), cookieText, 0, 0, -1, 1, 1})});
-  EXPECT_EQ(written(manager), expected);
-
-  NodeUIPosManager empty;
-  EXPECT_EQ(written(empty), posManagerChain({}));
 }
 
 TEST(ChunkLayout, FailedNestedLayerLeavesPlaceholdersAndTheFirstHeaderOfL) {

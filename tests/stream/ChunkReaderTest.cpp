@@ -1,5 +1,6 @@
 // The chunk reader, fed byte images stated by hand: what each header problem
-// returns, the exact text it reports, and where it leaves the stream.
+// returns, the exact text it reports, and where it leaves the stream. (Other
+// damage is replayed from the corpus of damaged files in tests/node_ui.)
 #include <gtest/gtest.h>
 
 #include "host/core/Cookie.h"
@@ -11,7 +12,6 @@ using namespace testsupport;
 
 namespace {
 
-const char* const cookieText = "5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0";
 const PosRecImage sample{IdStamp(4, 5, 6), cookieText, 1.25, -2.5, 0.75, 8.0, 1};
 const IdStamp constructorId(7, 7, 7);
 
@@ -23,18 +23,9 @@ std::vector<uint8_t> join(std::vector<uint8_t> a, const std::vector<uint8_t>& b)
 void expectSample(const NodeUIPosRec& rec) {
   EXPECT_EQ(rec.getNodeId(), sample.node);
   EXPECT_EQ(rec.getCookie().asString(), cookieText);
-  EXPECT_EQ(rec.getDrawPosition().x, sample.drawX);
-  EXPECT_EQ(rec.getDrawPosition().y, sample.drawY);
-  EXPECT_EQ(rec.getManualPos().x, sample.manualX);
-  EXPECT_EQ(rec.getManualPos().y, sample.manualY);
+  EXPECT_EQ(rec.getDrawPosition(), XY<double>(sample.drawX, sample.drawY));
+  EXPECT_EQ(rec.getManualPos(), XY<double>(sample.manualX, sample.manualY));
   EXPECT_TRUE(rec.isManualPosSet());
-}
-
-// The position layer as a constructor leaves it.
-void expectNoPositions(const NodeUIPosRec& rec) {
-  EXPECT_EQ(rec.getDrawPosition().x, 0.0);
-  EXPECT_EQ(rec.getDrawPosition().y, 0.0);
-  EXPECT_FALSE(rec.isManualPosSet());
 }
 
 TEST(ChunkReader, AcceptsShortAndLongLayerNames) {
@@ -92,80 +83,13 @@ TEST(ChunkReader, WrongLayerNameSkipsTheRestOfTheObjectAndTheNextOneLoads) {
     EXPECT_FALSE(s.error());
     EXPECT_EQ(s.position(), damaged.size());
     EXPECT_EQ(first.getNodeId(), c.baseRead ? sample.node : constructorId);
-    expectNoPositions(first);
+    EXPECT_EQ(first.getDrawPosition(), XY<double>(0, 0)) << "the position layer as a constructor leaves it";
+    EXPECT_FALSE(first.isManualPosSet());
 
     NodeUIPosRec second;
     EXPECT_EQ(s.readObject(second), StreamResult::layerRead);
     expectSample(second);
   }
-}
-
-TEST(ChunkReader, WrongNameWithHugeTotalMovesToTheEndWithoutWrapping) {
-  ByteWriter w;
-  w.raw(chainImage({{"$", 2, 0, {}}, {"L", 1, 1, recBaseOwn(sample)}}));
-  w.header("P", 1, 0, 33, 0xFFFFFFFF).raw(posOwn(sample)).raw(std::vector<uint8_t>(64, 0xEE));
-  PStream s(w.bytes);
-  NodeUIPosRec rec;
-  EXPECT_EQ(s.readObject(rec), StreamResult::wrongLayerName);
-  EXPECT_EQ(s.position(), s.size());
-}
-
-TEST(ChunkReader, OwnSizeZeroIsAcceptedWhateverTheName) {
-  // An empty "L" under another name: "K" is still read. An empty last
-  // layer, even at the very end of the stream.
-  for (std::size_t layer : {1, 2}) {
-    std::vector<LayerImage> layers = posRecLayers(sample);
-    layers[layer] = {"Q", 9, 9, {}};
-    PStream s(chainImage(layers));
-    NodeUIPosRec rec(nullptr, constructorId, invalid_cookie);
-    EXPECT_EQ(s.readObject(rec), StreamResult::layerRead);
-    EXPECT_EQ(rec.getNodeId(), layer == 1 ? constructorId : sample.node);
-    EXPECT_EQ(rec.getDrawPosition().x, layer == 1 ? sample.drawX : 0.0);
-    EXPECT_TRUE(s.errorText().empty());
-    EXPECT_FALSE(s.error());
-  }
-}
-
-TEST(ChunkReader, EndOfFileRightAfterAHeader) {
-  const std::vector<uint8_t> upToK = chainImage({{"$", 2, 0, {}}, {"L", 1, 1, recBaseOwn(sample)}});
-  struct Case {
-    std::vector<uint8_t> tail;
-    int result;
-  };
-  for (const Case& c : {Case{ByteWriter().header("K", 1, 0, 0, 0).bytes, StreamResult::layerRead},
-                        Case{ByteWriter().header("K", 1, 0, 33, 33).bytes, StreamResult::unexpectedEof},
-                        Case{{}, StreamResult::unexpectedEof}}) {
-    SCOPED_TRACE(c.tail.size());
-    PStream s(join(upToK, c.tail));
-    NodeUIPosRec rec;
-    EXPECT_EQ(s.readObject(rec), c.result);
-    EXPECT_EQ(rec.getNodeId(), sample.node);
-    expectNoPositions(rec);
-    EXPECT_EQ(s.error(), c.result != StreamResult::layerRead);
-    EXPECT_EQ(s.errorText(), c.result == StreamResult::layerRead
-                                 ? ""
-                                 : "Unexpected end-of-file while unpacking NodeUIRecBase.NodeUIPosRec, layer NodeUIPosRec.");
-  }
-}
-
-TEST(ChunkReader, CompactRecordThenRawRecordInOneStream) {
-  std::vector<LayerImage> layers = posRecLayers(sample);
-  layers[0].major = 1;
-  const std::vector<uint8_t> compact = compactChainImage(layers);
-  ASSERT_LT(compact.size(), posRecChain(sample).size());
-  PStream s(join(compact, posRecChain(sample)));
-  NodeUIPosRec first, second;
-  EXPECT_EQ(s.readObject(first), StreamResult::layerRead);
-  EXPECT_EQ(s.formatNumber(), 1);
-  EXPECT_EQ(s.position(), compact.size());
-  expectSample(first);
-  // Read in compact mode, the next root's name and version bytes are the same;
-  // its major 2 switches back before its sizes.
-  EXPECT_EQ(s.readObject(second), StreamResult::layerRead);
-  EXPECT_EQ(s.formatNumber(), 2);
-  expectSample(second);
-  EXPECT_TRUE(s.eof());
-  EXPECT_TRUE(s.errorText().empty());
 }
 
 TEST(ChunkReader, OversizedCompactVersions) {

@@ -10,14 +10,6 @@ using namespace testsupport;
 
 namespace {
 
-const char* const cookieText = "5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0";
-
-Cookie cookie() {
-  Cookie c;
-  Cookie::fromString(cookieText, c);
-  return c;
-}
-
 TEST(StreamFile, ARunOfShortReadsReportsOnce) {
   StreamFile s(ByteWriter().u16(0x1234).u32(7).bytes);
   EXPECT_EQ(s.getUnsignedShort(), 0x1234);
@@ -42,9 +34,9 @@ TEST(StreamFile, ARunOfShortReadsReportsOnce) {
 
 struct TwoObjects {
   Ux::Ptr<NodeUIPosManager> manager{new NodeUIPosManager()};
-  Ux::Ptr<NodeUIPosRec> rec{new NodeUIPosRec(nullptr, IdStamp(9, 8, 7), cookie())};
+  Ux::Ptr<NodeUIPosRec> rec{new NodeUIPosRec(nullptr, IdStamp(9, 8, 7), sampleCookie())};
   TwoObjects() {
-    manager->createPosRec(IdStamp(1, 0, 1), cookie())->setManualPos(2, 3);
+    manager->createPosRec(IdStamp(1, 0, 1), sampleCookie())->setManualPos(2, 3);
     rec->setDrawPosition(-4, 5, false);
   }
   std::vector<uint8_t> image() const {

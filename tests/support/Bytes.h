@@ -34,7 +34,6 @@ public:
   ByteWriter& header(const std::string& name, uint8_t major, uint8_t minor, uint32_t own, uint32_t total) {
     return str(name).u8(major).u8(minor).u32(own).u32(total);
   }
-  std::size_t size() const { return bytes.size(); }
 
   std::vector<uint8_t> bytes;
 

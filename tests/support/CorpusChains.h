@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "host/core/Cookie.h"
 #include "host/core/IdStamp.h"
 #include "tests/support/Bytes.h"
 
@@ -59,6 +60,14 @@ inline std::vector<uint8_t> compactChainImage(const std::vector<LayerImage>& lay
     rest = std::move(w.bytes);
   }
   return rest;
+}
+
+// A cookie for records written in tests, and its text form.
+inline const char* const cookieText = "5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0";
+inline Cookie sampleCookie() {
+  Cookie c;
+  Cookie::fromString(cookieText, c);
+  return c;
 }
 
 // One position record as it travels.

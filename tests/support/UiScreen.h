@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "host/ui/GlobManager.h"
 #include "host/ui/MenuGlob.h"
 #include "host/ui/MenuItem.h"
-#include "host/ui/TabbedDialogue.h"
 
 namespace testsupport {
 
@@ -65,7 +66,6 @@ public:
   }
   bool handleDataMessageEvent(const LightweightString<char>& msg, Glob* sender, const void* data) override {
     dataMessages.push_back({msg.str(), sender});
-    if (msg == TabbedDialogue::changePageMsg) tab = static_cast<const EventMsgData<TabDetails>*>(data)->get();
     if (msg == MenuData::changeMsg) {
       const auto* c = static_cast<const MenuData::Change*>(data);
       menuChange = {c->label.str(), c->index, c->tag.str()};
@@ -77,13 +77,22 @@ public:
 
   std::vector<Heard> messages;
   std::vector<Heard> dataMessages;
-  TabDetails tab;
   struct {
     std::wstring label;
     int index = -1;
     std::string tag;
   } menuChange;
   MenuItems menu;
+};
+
+// A 500 x 400 screen holding a 460 x 360 recording root at (20, 20).
+struct UiTest : ::testing::Test {
+  ScopedScreen screen{500, 400};
+  RecordingGlob* root = new RecordingGlob({460, 360});
+  UiTest() {
+    root->setPos(20, 20);
+    GlobManager::realize(root);
+  }
 };
 
 } // namespace testsupport

@@ -6,28 +6,9 @@
 #include <vector>
 
 #include "graph_view/FXGraphView.h"
-#include "host/edit/GraphNodeKinds.h"
+#include "tests/support/TestEdit.h"
 
 namespace testsupport {
-
-// Builds an edit in code: graph nodes, and video channels whose one cel
-// (from 0 to 10 seconds) shows the graph under a head node.
-class EditBuilder {
-public:
-  EditBuilder();
-  EditPtr edit() const { return edit_; }
-
-  Ux::Ptr<EffectInstance> effect(const IdStamp& id, const char* tag, std::vector<IdStamp> inputs = {},
-                                 const wchar_t* name = L"fx");
-  Ux::Ptr<MaterialUsageNode> material(const IdStamp& id, const wchar_t* name = L"clip");
-  Ux::Ptr<ImageImportEffect> image(const IdStamp& id, const char* file);
-  Ux::Ptr<AliasedInputEffect> alias(const IdStamp& id, const IdStamp& input);
-  Ux::Ptr<ComplexBackgroundEffect> matte(const IdStamp& id, ComplexBackgroundEffect::Mode mode);
-  void channel(const IdStamp& id, const wchar_t* name, const IdStamp& head);
-
-private:
-  EditPtr edit_;
-};
 
 // The screen, a vob on the edit and a view (realized, drawn) for the length
 // of a test. Preferences go to a scratch file, and every view starts left to
@@ -39,9 +20,6 @@ public:
   ViewFixture(const ViewFixture&) = delete;
   ViewFixture& operator=(const ViewFixture&) = delete;
 
-  // An example edit (examples/<name>); fails the test when it does not load.
-  static EditPtr loadExample(const std::string& name);
-
   FXGraphView& view() const { return *view_; }
   Vob& vob() const { return *vob_; }
   Ux::Ptr<FXGraphViewNode> node(const IdStamp& id) const { return view_->findViewRecForNode(id); }
@@ -49,8 +27,6 @@ public:
   // 8 x maxNodeSize pixels per graph unit, and draws the view (which caches
   // every node's pixel box).
   void frame(const FXGraphViewNode& node, int maxNodeSize);
-  // The middle of the view area, view pixels (where frame puts a node).
-  XY<double> middle() const;
 
 private:
   EditPtr edit_;

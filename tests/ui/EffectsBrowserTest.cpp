@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "host/render/EffectTemplateManager.h"
-#include "host/ui/ScrollBar.h"
 #include "tests/support/UiScreen.h"
 
 using namespace testsupport;
@@ -24,15 +23,6 @@ public:
 
 private:
   int trackType_;
-};
-
-// Lists video templates only, as a panel beside a video graph does.
-class VideoBrowser : public EffectsBrowser {
-public:
-  using EffectsBrowser::EffectsBrowser;
-  void getCategories(std::vector<EffectCategory>& out) override {
-    EffectTemplateManager::instance().getCategories(out, TrackTypeMatcher(1), EffectTemplateManager::withTemplatesOnly);
-  }
 };
 
 // Takes effect templates dropped on it.
@@ -54,67 +44,43 @@ public:
   bool hovering = false;
 };
 
-std::vector<std::wstring> namesOf(const std::vector<EffectCategory>& categories) {
-  std::vector<std::wstring> names;
-  names.reserve(categories.size());
-  for (const auto& c : categories) names.push_back(c.name.str());
-  return names;
+using Browser = UiTest;
+
+// The middle of the row listing a template, on the screen.
+XY<int> templateOnScreen(EffectsBrowser& browser, const char* tag) {
+  for (int row = 0; row < browser.rowCount(); ++row) {
+    const Glob::PixelBox b = browser.rowBox(row);
+    const XY<int> middle{(b.x0 + b.x1) / 2, (b.y0 + b.y1) / 2};
+    const EffectTemplateSummary* s = browser.templateAt(middle);
+    if (s && s->tagTypeId == tag) return onScreen(browser, middle);
+  }
+  ADD_FAILURE() << tag << " is not in view";
+  return {};
 }
-
-struct Browser : ::testing::Test {
-  ScopedScreen screen{500, 400};
-  RecordingGlob* root = new RecordingGlob({460, 360});
-
-  void SetUp() override {
-    root->setPos(20, 20);
-    GlobManager::realize(root);
-  }
-  // The middle of the row listing a template, on the screen.
-  static XY<int> templateOnScreen(EffectsBrowser& browser, const char* tag) {
-    for (int row = 0; row < browser.rowCount(); ++row) {
-      const Glob::PixelBox b = browser.rowBox(row);
-      const XY<int> middle{(b.x0 + b.x1) / 2, (b.y0 + b.y1) / 2};
-      const EffectTemplateSummary* s = browser.templateAt(middle);
-      if (s && s->tagTypeId == tag) return onScreen(browser, middle);
-    }
-    ADD_FAILURE() << tag << " is not in view";
-    return {};
-  }
-};
 
 } // namespace
 
-TEST(EffectTemplates, EveryThreadGetsTheOneManager) {
+TEST(EffectTemplates, TheMatcherAndTheFlagChooseCategoriesAndTheManagerIsOneForAllThreads) {
+  std::vector<EffectCategory> video, every;
+  EffectTemplateManager::instance().getCategories(video, TrackTypeMatcher(1), EffectTemplateManager::withTemplatesOnly);
+  EffectTemplateManager::instance().getCategories(every, TrackTypeMatcher(1), 0);
+  std::vector<std::wstring> names;
+  for (const auto& c : video) names.push_back(c.name.str());
+  EXPECT_EQ(names, (std::vector<std::wstring>{L"Mixes", L"Compositing", L"Colour", L"Mattes", L"Blurs"}));
+  ASSERT_EQ(video[0].templates.size(), 2u);
+  EXPECT_EQ(video[0].templates[1].name, L"Wipe");
+  EXPECT_TRUE(every.back().templates.empty()) << "an audio category, kept without the flag";
+  EffectTemplateManager::instance().addTemplate({L"Meter", "meter", L"Mixes", 2, 1, {L"Input"}});
+
+  // A manager made again, by whichever thread comes first, is one for all
+  // and starts from the host's own catalogue.
   EffectTemplateManager::release();
   std::vector<EffectTemplateManager*> seen(8, nullptr);
   std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < seen.size(); ++i)
-    threads.emplace_back([&seen, i] { seen[i] = &EffectTemplateManager::instance(); });
+  for (auto& s : seen) threads.emplace_back([&s] { s = &EffectTemplateManager::instance(); });
   for (auto& t : threads) t.join();
   EXPECT_EQ(std::set<EffectTemplateManager*>(seen.begin(), seen.end()).size(), 1u);
   EXPECT_EQ(seen[0]->templateCount(), 13u);
-}
-
-TEST(EffectTemplates, TheMatcherChoosesTemplatesAndTheFlagDropsEmptyCategories) {
-  EffectTemplateManager& manager = EffectTemplateManager::instance();
-  std::vector<EffectCategory> video;
-  manager.getCategories(video, TrackTypeMatcher(1), EffectTemplateManager::withTemplatesOnly);
-  ASSERT_EQ(video[0].templates.size(), 2u);
-  EXPECT_EQ(video[0].templates[1].name, L"Wipe");
-
-  std::vector<EffectCategory> every;
-  manager.getCategories(every, TrackTypeMatcher(1), 0);
-  ASSERT_GT(every.size(), video.size());
-  EXPECT_TRUE(every.back().templates.empty()) << "an audio category, kept without the flag";
-
-  // Offered by track type, whatever the category.
-  manager.addTemplate({L"Meter", "meter", L"Mixes", 2, 1, {L"Input"}});
-  manager.getCategories(video, TrackTypeMatcher(1), EffectTemplateManager::withTemplatesOnly);
-  EXPECT_EQ(video[0].templates.size(), 2u);
-  EXPECT_EQ(manager.getTemplates(L"Mixes", TrackTypeMatcher(2)).size(), 1u);
-
-  // A manager made again starts from the host's own catalogue.
-  EffectTemplateManager::release();
   EffectTemplateSummary found;
   EXPECT_FALSE(EffectTemplateManager::instance().findTemplate("meter", found));
   ASSERT_TRUE(EffectTemplateManager::instance().findTemplate("\\ZMV\\AUD\\FX\\XF", found));
@@ -155,35 +121,4 @@ TEST_F(Browser, ATemplateDraggedOntoADestinationIsDroppedThere) {
   EXPECT_FALSE(target->hovering);
   release(centreOf(*target));
   EXPECT_EQ(target->dropped.size(), 1u);
-}
-
-TEST_F(Browser, ASubclassChoosesWhatIsListedAndHeadingsFoldTheirTemplates) {
-  auto* browser = new VideoBrowser(EffectsBrowser::InitArgs(nullptr, 1, 0, 13 * 22, 5 * 22));
-  root->addChild(browser, Glob::TopLeft(0, 0));
-  EXPECT_EQ(namesOf(browser->categories()),
-            (std::vector<std::wstring>{L"Mixes", L"Compositing", L"Colour", L"Mattes", L"Blurs"}));
-  EXPECT_EQ(browser->rowCount(), 5 + 7);
-  EXPECT_TRUE(browser->scrollBar().isVisible());
-
-  // A click on the "Mixes" heading folds its two templates away, another opens them.
-  click(onScreen(*browser, {40, browser->height() - 11}));
-  EXPECT_TRUE(browser->isCollapsed(0));
-  EXPECT_EQ(browser->rowCount(), 10);
-  const EffectTemplateSummary* third = browser->templateAt({40, browser->height() - 55});
-  ASSERT_NE(third, nullptr);
-  EXPECT_EQ(third->tagTypeId, "pip") << "under the two headings";
-
-  // Scrolled on by two rows, "pip" is at the top.
-  wheel(centreOf(*browser), -2);
-  EXPECT_EQ(browser->getFirstVisibleRow(), 2);
-  click(onScreen(*browser, {40, browser->height() - 11}));
-  ASSERT_NE(browser->getSelectedTemplate(), nullptr);
-  EXPECT_EQ(browser->getSelectedTemplate()->tagTypeId, "pip");
-
-  // View type 0 lists the templates alone.
-  auto* flat = new VideoBrowser(EffectsBrowser::InitArgs(nullptr, 0, 0, 13 * 22, 200));
-  root->addChild(flat, Glob::TopRight(0, 0));
-  EXPECT_EQ(flat->rowCount(), 7);
-  ASSERT_NE(flat->templateAt({40, flat->height() - 11}), nullptr);
-  EXPECT_EQ(flat->templateAt({40, flat->height() - 11})->name, L"Dissolve");
 }

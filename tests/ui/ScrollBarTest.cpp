@@ -1,0 +1,48 @@
+#include "host/ui/ScrollBar.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/UiScreen.h"
+
+using namespace testsupport;
+
+namespace {
+
+struct ScrollBars : UiTest {
+  double positionIn(std::size_t message) const {
+    double p = -1;
+    EXPECT_TRUE(ScrollBar::parsePosition(root->messages.at(message).message, p));
+    return p;
+  }
+};
+
+} // namespace
+
+TEST_F(ScrollBars, DraggingTheThumbReportsEachPositionUntilTheRelease) {
+  auto* bar = new ScrollBar(ScrollBar::horizontal, 200);
+  root->addChild(bar, Glob::BottomLeft(10, 10));
+  bar->setThumbSize(0.25, false);
+  // A 50-pixel thumb with 150 pixels to travel over positions 0 to 0.75.
+  ASSERT_EQ(bar->thumbBox(), (Glob::PixelBox{0, 0, 50, 12}));
+
+  press(onScreen(*bar, {25, 6}));
+  EXPECT_TRUE(bar->isThumbBeingDragged());
+  moveTo(onScreen(*bar, {100, 6}));
+  ASSERT_EQ(root->messages.size(), 1u);
+  EXPECT_TRUE(root->messages[0].message.starts_with("ScrollBar drag "));
+  EXPECT_DOUBLE_EQ(positionIn(0), 0.375);
+  // Far past the end, the thumb stops there.
+  moveTo(onScreen(*bar, {400, 30}));
+  EXPECT_DOUBLE_EQ(bar->getThumbPosition(), 0.75);
+  release(onScreen(*bar, {400, 30}));
+  EXPECT_FALSE(bar->isThumbBeingDragged());
+  ASSERT_EQ(root->messages.size(), 3u);
+  EXPECT_TRUE(root->messages[2].message.starts_with("ScrollBar end "));
+  EXPECT_DOUBLE_EQ(positionIn(2), 0.75);
+
+  // A press on the trough left of the thumb moves it back by a page.
+  click(onScreen(*bar, {10, 6}));
+  EXPECT_DOUBLE_EQ(bar->getThumbPosition(), 0.5);
+  EXPECT_TRUE(root->messages.back().message.starts_with("ScrollBar page "));
+  EXPECT_FALSE(bar->isThumbBeingDragged());
+}
