@@ -462,10 +462,8 @@ EditFile::LoadResult EditFile::load(const std::string& path) {
   if (!r.edit) return r;
 
   const std::string sidecar = sidecarPath(path);
-  if (::access(sidecar.c_str(), F_OK) != 0) {
-    r.warnings.push_back(sidecar + ": not found; the edit has no saved node positions");
-    return r;
-  }
+  // An edit never saved with positions simply has no sidecar yet.
+  if (::access(sidecar.c_str(), F_OK) != 0) return r;
   ObjectsFile::ReadResult objects = ObjectsFile::load(sidecar);
   bool damaged = !objects.complete;
   std::string why = objects.problem.str();
