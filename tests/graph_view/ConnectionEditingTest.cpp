@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/ui/EffectsBrowser.h"
 #include "tests/graph_view/ViewInput.h"
 #include "tests/support/ViewFixture.h"
 
@@ -224,6 +225,42 @@ TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
   moveTo(at + XY<int>{10, 0});
   release(at + XY<int>{10, 0});
   EXPECT_DOUBLE_EQ(view.getViewCentre().x, centre.x - 10 / view.getScale());
+}
+
+TEST_F(ConnectionEditing, ATemplateDroppedOnANodeIsLaidOverItInOneUndoStep) {
+  EffectTemplateSummary blur;
+  blur.name = L"Blur";
+  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
+  blur.numInputs = 1;
+  const EffectTemplateDragItem item(blur);
+  auto centreOf = [&](const IdStamp& id) {
+    view.redraw();
+    const FXGraphViewNode::PixelBox b = pads.node(id)->pixelBox();
+    return XY<int>{(b.x0 + b.x1) / 2, (b.y0 + b.y1) / 2};
+  };
+  // On a node that feeds another: the new effect takes its place in the input.
+  ASSERT_TRUE(view.canAcceptDrop(item, centreOf(m1)));
+  ASSERT_TRUE(view.acceptDrop(item, centreOf(m1)));
+  const IdStamp added = inputOf(a, 0);
+  ASSERT_NE(added, m1);
+  EXPECT_EQ(edit->openNode(added)->tagTypeId().str(), "PixShader:Blur:gaussian.fx");
+  EXPECT_EQ(inputOf(added, 0), m1);
+  EXPECT_TRUE(pads.node(added)) << "the view shows the new effect";
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(inputOf(a, 0), m1);
+  EXPECT_FALSE(edit->openNode(added));
+
+  // On a channel's head: the channel's graph now starts at the new effect.
+  ASSERT_TRUE(view.acceptDrop(item, centreOf(c)));
+  const Cel& v3 = edit->getChan(edit->findChan(IdStamp(1, 0, 3))).cels.front();
+  ASSERT_NE(v3.ref, c);
+  EXPECT_EQ(inputOf(v3.ref, 0), c);
+
+  // Nowhere near a node, or on a read-only vob, nothing is taken.
+  EXPECT_FALSE(view.canAcceptDrop(item, {-1000, -1000}));
+  fx.vob().setReadOnly(true);
+  EXPECT_FALSE(view.canAcceptDrop(item, centreOf(a)));
 }
 
 } // namespace
