@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "graph_view/FXGraphView.h"
 #include "tests/layout/LayoutTestGraph.h"
 #include "tests/support/FakePosSource.h"
 #include "tests/support/NotifyRecorder.h"
@@ -16,7 +17,7 @@ using Orientations = VidRouting::Orientations;
 
 namespace {
 
-constexpr double gap = 0.1875; // the view's spacing, graph units
+constexpr double gap = FXGraphView::layoutGap; // the spacing the view tidies with
 
 // Node 1's tree of a graph, tidied with its root at (x, y).
 struct Tidied {

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "app/EditGenerator.h"
+#include "graph_view/FXGraphView.h"
 #include "layout/FXGraphTidier.h"
 #include "tests/support/FakePosSource.h"
 
@@ -21,7 +22,7 @@ using Orientations = VidRouting::Orientations;
 
 namespace {
 
-constexpr double gap = 0.1875; // the view's spacing, graph units
+constexpr double gap = FXGraphView::layoutGap; // the spacing the view tidies with
 
 struct GeneratedTree {
   EditPtr edit;

@@ -50,8 +50,6 @@ inline uint32_t u32At(const std::vector<uint8_t>& b, std::size_t at) {
 }
 
 // The path of a file in the source tree.
-inline std::string sourcePath(const std::string& relative) {
-  return std::string(FXGRAPH_SOURCE_DIR) + "/" + relative;
-}
+inline std::string sourcePath(const std::string& relative) { return std::string(FXGRAPH_SOURCE_DIR) + "/" + relative; }
 
 } // namespace testsupport
