@@ -26,20 +26,26 @@ bool GraphExaminer::operator()(const EditGraphIterator& iterator) {
   if (known != records_.end()) {
     NodeInfo& info = known->second;
     if (level > info.depth) info.depth = level;
-    // Met deeper than before: this meeting's parent and input now describe it.
-    if (info.parentDepth < level - 1) {
-      info.parent = parent;
+    // Met again at its deepest level through a parent it has not recorded
+    // there: this meeting's parent and input now describe it. A meeting
+    // shallower than the deepest never moves it up, so that the node stays
+    // under a parent on the level just above it.
+    if (level == info.depth && info.parentDepth < level - 1) {
       info.parentDepth = level - 1;
-      info.inputIndex = iterator.getParentInputNum();
+      // A node that fills two slots of one parent stays at the first slot.
+      if (!parent || !info.parent || parent->getId() != info.parent->getId()) {
+        info.parent = parent;
+        info.inputIndex = iterator.getParentInputNum();
+      }
     }
     return true;
   }
 
   NodeInfo info;
   info.depth = level;
-  // The parent is one level up from the first meeting too, so that a later
-  // meeting at the same or a shallower level leaves the node where it is.
-  info.parentDepth = parent ? level - 1 : -1;
+  // No parent depth yet: a second meeting at this level takes the node over
+  // (a third leaves it), as does the first meeting further down.
+  info.parentDepth = -1;
   info.node = node;
   info.record = source_.getPosRecForNode(node->getId());
   info.parent = parent;

@@ -89,17 +89,46 @@ TEST(FXGraphTidier, SiblingsSpreadByInputSlotInBothOrientations) {
 }
 
 // Node 9 feeds the root (level 1) and node 3 (level 2): laid out once, at
-// level 3 under node 3. Node 2 keeps the offset of its slot regardless.
+// level 3 under node 3, whichever of the root's inputs the walk takes first.
+// Node 2 keeps the offset of its slot regardless.
 TEST(FXGraphTidier, SharedNodeIsPlacedUnderItsDeepestParent) {
-  TestGraph g;
-  g.material(9);
-  g.effect(3, {9});
-  g.effect(2, {3});
-  g.effect(1, {9, 2});
-  const Tidied t(g);
-  t.expectAt(2, -gap, -gap / 2);
-  t.expectAt(3, -2 * gap, -gap / 2);
-  t.expectAt(9, -3 * gap, -gap / 2);
+  for (bool shallowFirst : {true, false}) {
+    SCOPED_TRACE(shallowFirst ? "shallow branch first" : "deep branch first");
+    TestGraph g;
+    g.material(9);
+    g.effect(3, {9});
+    g.effect(2, {3});
+    if (shallowFirst)
+      g.effect(1, {9, 2});
+    else
+      g.effect(1, {2, 9});
+    const Tidied t(g);
+    const double side = shallowFirst ? -gap / 2 : gap / 2;
+    t.expectAt(2, -gap, side);
+    t.expectAt(3, -2 * gap, side);
+    t.expectAt(9, -3 * gap, side);
+  }
+}
+
+// Node 4 is met at level 2 through each of 2, 3 and 5: the second meeting
+// takes it over and the third leaves it there, so it lies under node 3.
+TEST(FXGraphTidier, InputSharedOnOneLevelLiesUnderTheSecondBranch) {
+  for (bool third : {false, true}) {
+    SCOPED_TRACE(third ? "three branches" : "two branches");
+    TestGraph g;
+    g.material(4);
+    g.effect(2, {4});
+    g.effect(3, {4});
+    g.effect(5, {4});
+    if (third)
+      g.effect(1, {2, 3, 5});
+    else
+      g.effect(1, {2, 3});
+    const Tidied t(g);
+    const double side = third ? 0 : -gap / 2; // node 3's slot
+    t.expectAt(3, -gap, side);
+    t.expectAt(4, -2 * gap, side);
+  }
 }
 
 // 1 <- [2, 3, 4], 3 <- [5, 6], 4 <- [7, 8] first puts 6 and 7 on one spot.

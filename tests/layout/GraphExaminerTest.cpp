@@ -59,8 +59,8 @@ TEST(GraphExaminer, FilesATreeByLevelWithParentAndInput) {
   EXPECT_EQ(std::pair(root->depth, root->parentDepth), std::pair(0, -1));
   EXPECT_FALSE(root->parent);
   EXPECT_EQ(root->record, source.find(node(1)));
-  // Input 2 of node 2, past a free slot.
-  EXPECT_EQ(std::tuple(five->depth, five->parentDepth, five->inputIndex), std::tuple(2, 1, 2));
+  // Input 2 of node 2, past a free slot; met once, so no parent depth.
+  EXPECT_EQ(std::tuple(five->depth, five->parentDepth, five->inputIndex), std::tuple(2, -1, 2));
   EXPECT_EQ(parentOf(examiner, 5), node(2));
   EXPECT_EQ(five->record, source.find(node(5)));
   EXPECT_EQ(examiner.find(node(4))->record, nullptr);
@@ -91,7 +91,8 @@ TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
 
     const GraphExaminer::NodeInfo* nine = examiner.find(node(9));
     ASSERT_NE(nine, nullptr);
-    EXPECT_EQ(std::tuple(nine->depth, nine->parentDepth, nine->inputIndex), std::tuple(3, 2, 1));
+    // Met deep first, the record keeps its first meeting and no parent depth.
+    EXPECT_EQ(std::tuple(nine->depth, nine->parentDepth, nine->inputIndex), std::tuple(3, shallowFirst ? 2 : -1, 1));
     EXPECT_EQ(parentOf(examiner, 9), node(4));
     ASSERT_EQ(examiner.levels().size(), 4u);
     EXPECT_EQ(levelIds(examiner)[2], std::vector<IdStamp>{node(4)});
@@ -99,6 +100,26 @@ TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
     EXPECT_EQ(levelIds(examiner)[3],
               shallowFirst ? (std::vector<IdStamp>{node(9), node(8)}) : (std::vector<IdStamp>{node(8), node(9)}));
   }
+}
+
+// Node 6 is met at level 2 through 2, 3 and 4, in that order: the second
+// meeting re-parents it, the third changes nothing.
+TEST(GraphExaminer, SecondMeetingOnTheSameLevelTakesASharedNodeOver) {
+  TestGraph g;
+  g.material(6);
+  g.effect(2, {6});
+  g.effect(3, {0, 6});
+  g.effect(4, {6});
+  g.effect(1, {2, 3, 4});
+  FakePosSource source;
+  GraphExaminer examiner(source);
+  EditGraphIterator it = g.at(1);
+  examiner.examine(it);
+  const GraphExaminer::NodeInfo* six = examiner.find(node(6));
+  ASSERT_NE(six, nullptr);
+  EXPECT_EQ(std::tuple(six->depth, six->parentDepth, six->inputIndex), std::tuple(2, 1, 1));
+  EXPECT_EQ(parentOf(examiner, 6), node(3));
+  EXPECT_EQ(std::tuple(examiner.find(node(2))->parentDepth, examiner.find(node(1))->parentDepth), std::tuple(-1, -1));
 }
 
 TEST(GraphExaminer, CycleEndsTheWalkAtTheRepeatedNode) {
