@@ -142,30 +142,31 @@ void NodeUIManagerBase::unpack(PStream& s) {
   flushList();
   const uint32_t count = s.getUnsignedLong();
   if (s.error()) return;
-  // Each record takes at least minimumRecordBytes, so no honest count exceeds this.
-  const uint64_t possible = s.remaining() / minimumRecordBytes;
-  uint32_t read = 0;
+  // The count is only a promise: the loop ends when the bytes do, so a lying
+  // count costs no more than the stream is long.
+  uint32_t emptyPasses = 0;
   for (uint32_t i = 0; i < count; ++i) {
-    if (i >= possible) {
-      s.failRead(formatText(" Record count %u cannot fit in the %llu bytes left; stopped after %u records.", count,
-                            static_cast<unsigned long long>(s.remaining()), read));
-      return;
-    }
     Ux::Ptr<NodeUIRecBase> rec(createNewNodeRec(this));
     if (!rec) {
       debugPrintf("Danger Will Robinson! ::createNewNodeRec() returned NULL!\n");
+      // Nothing is read on such a pass, so every later one would be the same.
+      if (++emptyPasses >= maxEmptyPasses && i + 1 < count) {
+        Log::printf("Position records: no record could be made for %u of %u records at offset %llu; the rest were "
+                    "not read.",
+                    emptyPasses, count, static_cast<unsigned long long>(s.position()));
+        return;
+      }
       continue;
     }
     const uint64_t at = s.position();
-    const int result = rec->STRM_hierarchyUnpack(s);
-    // A record that read nothing, or left the stream failing, means the
-    // stream ran out before the count did, whatever the code says.
-    if (result == StreamResult::error || result == StreamResult::unexpectedEof || s.error() || s.position() == at) {
-      s.failRead(formatText(" Record %u of %u at offset %llu could not be read (result %d); kept the %u before it.",
-                            i + 1, count, static_cast<unsigned long long>(at), result, read));
+    rec->STRM_hierarchyUnpack(s);
+    if (s.position() == at) {
+      // Nothing was there to read: the stream ended before the count did.
+      Log::printf("Position records: the stream ended at offset %llu after %u of %u records.",
+                  static_cast<unsigned long long>(at), i, count);
       return;
     }
+    // Whatever the chain's result, the record keeps what it read.
     appendRecord(rec.get());
-    ++read;
   }
 }

@@ -24,9 +24,8 @@ public:
   static const NotifyMsgType recAddedMsgType_;
   static const NotifyMsgType recDeletedMsgType_;
   static const NotifyMsgType generalMsgType_;
-  // The fewest bytes one record's layer chain can take (a bare compact root
-  // header); a count is never trusted beyond what the stream could hold.
-  static constexpr uint64_t minimumRecordBytes = 10;
+  // Passes on which the factory made no record before reading gives up.
+  static constexpr uint32_t maxEmptyPasses = 64;
 
   NodeUIManagerBase();
   explicit NodeUIManagerBase(const EditPtr& edit);

@@ -298,14 +298,46 @@ TEST(NodeUIManagerBase, ReadingEmptiesTheListAndNeverTrustsTheCount) {
                        own.size() - 4, own.size())
                 .str());
 
-  // A count of 4294967295 over 25 bytes: two tries at most, then it stops.
+  // With no bytes after the count, each record is still tried as the format
+  // says: nothing is read and nothing is refused.
+  PStream bare(chainImage({{"$", 2, 0, {}}, {"T", 1, 0, {}}, {"N", 1, 0, ByteWriter().u32(2).bytes}}));
+  NodeUIManagerBase noBytes;
+  EXPECT_EQ(bare.readObject(noBytes), StreamResult::layerRead);
+  EXPECT_EQ(debug.messages().size(), 4u);
+  EXPECT_EQ(bare.errorText(), "");
+
+  // A count of 4294967295 without a factory: a bounded number of tries, then
+  // the log says the rest were not read; the read itself is fine.
   PStream lying(chainImage({{"$", 2, 0, {}},
                             {"T", 1, 0, {}},
                             {"N", 1, 0, ByteWriter().u32(0xFFFFFFFF).raw(std::vector<uint8_t>(25)).bytes}}));
   NodeUIManagerBase other;
-  EXPECT_EQ(lying.readObject(other), StreamResult::error);
-  EXPECT_EQ(debug.messages().size(), 4u);
-  EXPECT_EQ(lying.errorText(), " Record count 4294967295 cannot fit in the 25 bytes left; stopped after 0 records.");
+  EXPECT_EQ(lying.readObject(other), StreamResult::layerRead);
+  EXPECT_EQ(debug.messages().size(), 4u + NodeUIManagerBase::maxEmptyPasses);
+  EXPECT_EQ(lying.errorText(), "");
+  EXPECT_NE(log.joined().find("no record could be made for 64 of 4294967295 records"), std::string::npos)
+      << log.joined();
+}
+
+// A count far above what the stream holds: every record there is read, the
+// one cut off keeps what it read, and the reading ends with the bytes. The
+// error text holds the readers' messages and nothing else.
+TEST(NodeUIManagerBase, LyingCountEndsWithTheStreamAndFailedRecordsKeepWhatTheyRead) {
+  const std::vector<uint8_t> rec = posRecChain({n1, "x"});
+  std::vector<uint8_t> cut = posRecChain({n2, "y"});
+  cut.resize(cut.size() - 3);
+  const std::vector<uint8_t> own = ByteWriter().u32(0xFFFFFFFF).raw(rec).raw(cut).bytes;
+  PStream s(chainImage({{"$", 2, 0, {}}, {"T", 1, 0, {}}, {"N", 1, 0, own}}));
+  LogChannel::Capture log(Log::channel());
+  NodeUIPosManager manager;
+  EXPECT_EQ(s.readObject(manager), StreamResult::error);
+  ASSERT_EQ(manager.recordCount(), 2u);
+  EXPECT_EQ(manager.findRec(n1)->getNodeId(), n1);
+  EXPECT_NE(manager.findRec(n2), nullptr) << "the cut record keeps its node id";
+  EXPECT_EQ(s.errorText().str(),
+            " Read past the end of the stream at offset 232 (8 bytes wanted, 6 left)."
+            "Unexpected end-of-file while unpacking NodeUIRecBase.NodeUIPosRec, layer Streamable.");
+  EXPECT_NE(log.joined().find("the stream ended at offset"), std::string::npos) << log.joined();
 }
 
 TEST(VidRouting, OrientationTextForms) {
