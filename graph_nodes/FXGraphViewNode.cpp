@@ -290,8 +290,9 @@ namespace {
 // Whether the view pixel lies on the pad (its box grown by the widget gap),
 // and how far from the box's centre, in whole pixels.
 bool onPad(FXGraphViewNode::PixelBox pad, int x, int y, unsigned& distance) {
-  // A vanished pad (zoomed far out) is never hit.
-  if (pad.isEmpty()) return false;
+  // A vanished pad (zoomed far out) is never hit. A pad cut flat against the
+  // node's edge is not vanished: grown by the gap it is a target like any.
+  if (pad == FXGraphViewNode::PixelBox(0, 0, 0, 0)) return false;
   const int gap = UifStd::getWidgetGap();
   pad.x0 -= gap;
   pad.y0 -= gap;

@@ -264,3 +264,34 @@ TEST_F(ConnectionEditing, ATemplateDroppedOnANodeIsLaidOverItInOneUndoStep) {
 }
 
 } // namespace
+
+namespace {
+
+// One effect of two inputs in a 592 x 246 view zoomed right out: about 192
+// pixels a graph unit, so pads are 3 pixels square and the input pads are cut
+// flat against the node's edge. Grown by the widget gap they are still hit.
+TEST(SmallPads, AnInputCutFlatAtTheNodesEdgeStillPicksItsWireUp) {
+  const IdStamp m1(3, 0, 1), m2(3, 0, 2), a(2, 0, 1);
+  testsupport::EditBuilder e;
+  e.material(m1);
+  e.material(m2);
+  e.effect(a, "mix", {m1, m2});
+  e.channel(IdStamp(1, 0, 1), L"V1", a);
+  testsupport::ViewFixture fx{e.edit(), {592, 246}};
+  FXGraphView& view = fx.view();
+  view.setViewZoom(0);
+  view.redraw();
+  ASSERT_GE(view.getScale() * FXGraphViewNode::padSize_.y, 3.0);
+  ASSERT_LT(view.getScale() * FXGraphViewNode::padSize_.y, 4.0);
+  const Ux::Ptr<FXGraphViewNode> node = fx.node(a);
+  const XY<int> pad = node->getInputPos(0);
+  EXPECT_TRUE(node->getNodePadArea(pad, FXGraphViewNode::eInputPad).isEmpty()) << "cut to nothing";
+
+  viewtest::Pads pads{view};
+  click(pads.in(a, 0));
+  ASSERT_TRUE(view.dragAnchor());
+  EXPECT_EQ(view.dragAnchor()->getNodeID(), m1);
+  EXPECT_EQ(view.getEdit()->openNode(a)->getInputTrackId(0), IdStamp());
+}
+
+} // namespace
