@@ -213,7 +213,7 @@ public:
 
 private:
   friend class FXGraphViewNode;
-  void keepCanvasAroundGraph();
+  void keepCanvasAroundGraph(bool growOnly = false);
   Ux::Ptr<NodeUIPosManager> positionManager() const;
   void placeScrollBars();
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);

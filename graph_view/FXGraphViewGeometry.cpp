@@ -333,12 +333,18 @@ void FXGraphView::placeScrollBars() {
 
 // The canvas rectangle bounds the centre and spans the scroll bars: it holds
 // the graph's extents with half a view of room round them, and never shrinks
-// to nothing.
-void FXGraphView::keepCanvasAroundGraph() {
+// to nothing. After a move by hand it only grows, so that the view does not
+// jump under the mouse; the next rebuild fits it to the graph again.
+void FXGraphView::keepCanvasAroundGraph(bool growOnly) {
   GraphBox e = getGraphExtents();
   const double most = std::max(1.0, maxNodeSize_ * 8.0);
   const double roomX = std::max(0.5, width() / most), roomY = std::max(0.5, height() / most);
-  canvas_ = {e.x0 - roomX, e.y0 - roomY, e.x1 + roomX, e.y1 + roomY};
+  const GraphBox around{e.x0 - roomX, e.y0 - roomY, e.x1 + roomX, e.y1 + roomY};
+  if (growOnly)
+    canvas_ = {std::min(canvas_.x0, around.x0), std::min(canvas_.y0, around.y0), std::max(canvas_.x1, around.x1),
+               std::max(canvas_.y1, around.y1)};
+  else
+    canvas_ = around;
   XY<double> c = centre_.getValue();
   constrainToCanvas(c);
   if (c != centre_.getValue()) centre_ = c;

@@ -108,6 +108,8 @@ bool FXGraphView::handleMouseEvent(const Event& e) {
     }
     // A node put somewhere by hand keeps that place.
     if (NodeUIPosRec* stored = moved_->storedRecord()) stored->setManualPos(p.x, p.y);
+    keepCanvasAroundGraph(true);
+    updateScrollbars(true);
     redraw();
     handled = true;
   } else if (e.type == Event::wheel) {

@@ -395,6 +395,7 @@ void FXGraphView::translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node
     const XY<double> p = rec->getDrawPosition();
     rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
   }
+  keepCanvasAroundGraph(true);
   redraw();
 }
 

@@ -209,6 +209,41 @@ TEST_F(ConnectionEditing, ClicksAndDragsOnNodeBodies) {
   for (const IdStamp& id : {b, m3}) EXPECT_EQ(stored(id)->getDrawPosition(), before[id]) << id.asString().str();
 }
 
+// Zoomed out so that the whole canvas shows, a node dragged to the view's
+// edge stops at the canvas's edge, half outside it; the canvas then grows to
+// hold it, and the next drag can take it further. A control-drag carries the
+// node's whole graph, which the canvas holds too.
+TEST_F(ConnectionEditing, TheCanvasKeepsHoldingNodesMovedByHand) {
+  auto holdsGraph = [&] {
+    const FXGraphView::GraphBox c = view.canvasRect(), g = view.getGraphExtents();
+    return c.x0 <= g.x0 && c.y0 <= g.y0 && g.x1 <= c.x1 && g.y1 <= c.y1;
+  };
+  view.setViewZoom(0);
+  view.redraw();
+  ASSERT_TRUE(holdsGraph());
+  const FXGraphView::GraphBox before = view.canvasRect();
+  const auto w = view.getWindowPos();
+  const XY<int> rightEdge = view.screenPos() + XY<int>{w.x1 - 5, (w.y0 + w.y1) / 2};
+
+  const XY<int> grab = pads.body(m3);
+  press(grab);
+  moveTo(rightEdge);
+  EXPECT_TRUE(holdsGraph());
+  EXPECT_GT(view.canvasRect().x1, before.x1);
+  EXPECT_LE(view.canvasRect().x0, before.x0) << "never shrinks under the mouse";
+  release(rightEdge);
+
+  view.setViewZoom(0);
+  view.redraw();
+  GlobManager::setKeyboardModifiers(Event::controlHeld);
+  const XY<int> leaf = pads.body(m1);
+  press(leaf);
+  moveTo(view.screenPos() + XY<int>{w.x0 + 5, w.y1 - 5});
+  release(view.screenPos() + XY<int>{w.x0 + 5, w.y1 - 5});
+  GlobManager::setKeyboardModifiers(0);
+  EXPECT_TRUE(holdsGraph());
+}
+
 TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
   fx.vob().setReadOnly(true);
   click(pads.in(a, 0));
