@@ -16,6 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/core/Cookie.h"
+#include "tests/support/CorpusChains.h"
 #include "tests/support/Program.h"
 
 namespace fs = std::filesystem;
@@ -248,6 +249,49 @@ TEST_F(NodeUICommandTest, TheProgramRunsItWithItsStatusAndOneLineErrors) {
     EXPECT_EQ(r.status, 1) << command;
     EXPECT_TRUE(isOneLine(r.err)) << command << ": " << r.err;
   }
+}
+
+// A record cut off by the end of the file is kept with what it read, and the
+// error text is the reader's own message and nothing more.
+TEST_F(NodeUICommandTest, DumpKeepsARecordCutOffAndShowsOnlyTheReadersMessage) {
+  const Outcome r = nodeui({"dump", testsupport::sourcePath("tests/node_ui/corpus/count-3-two-and-a-half.objects")});
+  EXPECT_EQ(r.status, 1);
+  const json doc = json::parse(r.out);
+  EXPECT_EQ(doc["result"], 6);
+  ASSERT_EQ(doc["records"].size(), 3u);
+  const json& cut = doc["records"][2];
+  EXPECT_EQ(cut["node"], "3.0.2");
+  EXPECT_EQ(cut["cookie"], "00000000000000000000000000000000.0.0") << "the cookie ran past the end";
+  EXPECT_EQ(cut["draw"], json::array({0.0, 0.0}));
+  EXPECT_EQ(doc["errorText"], "String of 40 bytes at offset 395 runs past the end of the stream.");
+  EXPECT_TRUE(doc["warnings"].empty());
+}
+
+// A bare manager (no record factory) whose count promises two records and
+// whose data ends there reads fine: each record is tried, none is made.
+TEST_F(NodeUICommandTest, ABareManagerWithACountAndNoRecordsReadsCleanly) {
+  using testsupport::ByteWriter;
+  const std::vector<uint8_t> bare =
+      testsupport::chainImage({{"$", 2, 0, {}}, {"T", 1, 0, {}}, {"N", 1, 0, ByteWriter().u32(2).bytes}});
+  ByteWriter file;
+  file.raw({'F', 'X', 'O', 'B'}).u32(1).u32(2);
+  file.str("NodePosManager").str("$.T.N.J").raw(testsupport::posManagerChain({}));
+  file.str("Bare").str("$.T.N").raw(bare);
+  const std::string objects = path("bare.objects");
+  std::ofstream(objects, std::ios::binary)
+      .write(reinterpret_cast<const char*>(file.bytes.data()), static_cast<std::streamsize>(file.bytes.size()));
+
+  const Outcome dumped = nodeui({"dump", objects});
+  EXPECT_EQ(dumped.status, 0) << dumped.err;
+  const json doc = json::parse(dumped.out);
+  EXPECT_EQ(doc["complete"], true);
+  EXPECT_EQ(doc["errorText"], "");
+  const Outcome inspected = nodeui({"inspect", objects});
+  EXPECT_EQ(inspected.status, 0) << inspected.err;
+  EXPECT_NE(inspected.out.find("object \"Bare\" ($.T.N) at 105\n"), std::string::npos) << inspected.out;
+  EXPECT_NE(inspected.out.find("152         N                     1.0      4           4           3 read\n"),
+            std::string::npos)
+      << inspected.out;
 }
 
 } // namespace

@@ -170,6 +170,68 @@ TEST(RenderScript, PictureShowsWhatTheDumpSays) {
   expectColour(colourAt(matte["thumbnail"]["pixels"]), json::array({0.1, 0.25, 0.75}), "the matte's own colour");
 }
 
+// An edit of one channel whose graph starts at effect 2.0.1; each effect is
+// given as its id and inputs, and 3.0.1 is the one material.
+std::string sharedInputEdit(const std::vector<std::pair<std::string, std::vector<std::string>>>& effects) {
+  json nodes = json::array();
+  for (const auto& [id, inputs] : effects) {
+    json names = json::array();
+    for (std::size_t i = 0; i < inputs.size(); ++i) names.push_back(std::string(1, static_cast<char>('A' + i)));
+    nodes.push_back({{"id", id},
+                     {"kind", "effect"},
+                     {"name", "Mix " + id},
+                     {"tag", "mix"},
+                     {"inputs", inputs},
+                     {"inputNames", names}});
+  }
+  nodes.push_back({{"id", "3.0.1"}, {"kind", "material"}, {"name", "Shot"}, {"media", {{"testcard", "bars"}}}});
+  const json edit = {
+      {"name", "Shared"},
+      {"cookie", "7f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0"},
+      {"frameRate", 25},
+      {"channels", json::array({{{"id", "1.0.1"},
+                                 {"type", "video"},
+                                 {"name", "V1"},
+                                 {"group", "V1"},
+                                 {"cels", json::array({{{"start", 0}, {"end", 10}, {"graph", "2.0.1"}}})}}})},
+      {"nodes", nodes}};
+  return edit.dump();
+}
+
+// A material shared by several branches of one tree is laid out once: on a
+// level it lies under the second branch that meets it there (a third changes
+// nothing); met on two levels, it lies under the deeper branch, whichever
+// the walk takes first.
+TEST(RenderScript, SharedInputsLieWhereTheirBranchesPutThem) {
+  const struct {
+    const char* what;
+    std::vector<std::pair<std::string, std::vector<std::string>>> effects;
+    double x, y;
+  } cases[] = {
+      {"two branches", {{"2.0.1", {"2.0.2", "2.0.3"}}, {"2.0.2", {"3.0.1"}}, {"2.0.3", {"3.0.1"}}}, -0.375, -0.09375},
+      {"three branches",
+       {{"2.0.1", {"2.0.2", "2.0.3", "2.0.4"}}, {"2.0.2", {"3.0.1"}}, {"2.0.3", {"3.0.1"}}, {"2.0.4", {"3.0.1"}}},
+       -0.375,
+       0.0},
+      {"shallow branch first",
+       {{"2.0.1", {"3.0.1", "2.0.2"}}, {"2.0.2", {"2.0.3"}}, {"2.0.3", {"3.0.1"}}},
+       -0.5625,
+       -0.09375},
+      {"deep branch first",
+       {{"2.0.1", {"2.0.2", "3.0.1"}}, {"2.0.2", {"2.0.3"}}, {"2.0.3", {"3.0.1"}}},
+       -0.5625,
+       0.09375},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    Render r;
+    r.edit = r.folder.write("shared.json", sharedInputEdit(c.effects));
+    const json dump = r.run("");
+    ASSERT_TRUE(node(dump, "3.0.1"));
+    EXPECT_EQ((*node(dump, "3.0.1"))["pos"], json::array({c.x, c.y}));
+  }
+}
+
 TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
   Render r;
   const std::string script = r.folder.write("bad.txt", "time 1\n# a comment\nfly 3 4\n");
