@@ -1,22 +1,40 @@
 #include "host/ui/Glob.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "host/config/configb.h"
 #include "host/ui/GlobManager.h"
 
-Glob::Glob() = default;
+namespace {
+// Set by setupRootPos, taken by the next glob made.
+std::optional<XY<int>> pendingRootPos;
 
-Glob::Glob(XY<int> size) { resize(size.x, size.y); }
+void takeRootPos(int& x, int& y) {
+  if (!pendingRootPos) return;
+  x = pendingRootPos->x;
+  y = pendingRootPos->y;
+  pendingRootPos.reset();
+}
+} // namespace
+
+void Glob::setupRootPos(XY<int> position) { pendingRootPos = position; }
+
+Glob::Glob() { takeRootPos(x_, y_); }
+
+Glob::Glob(XY<int> size) {
+  takeRootPos(x_, y_);
+  resize(size.x, size.y);
+}
 
 Glob::~Glob() {
   if (timerHolds_ > 0) GlobManager::removeTimerInterest(this);
   GlobManager::forget(this);
-  // Children go first, last added first.
+  // Children go first, last added first. A child still knows its parent
+  // while it goes, so that one docked in another can tell.
   while (!children_.empty()) {
     Glob* child = children_.back();
     children_.pop_back();
-    child->parent_ = nullptr;
     delete child;
   }
 }

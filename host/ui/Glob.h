@@ -66,6 +66,9 @@ public:
 
   Glob();
   explicit Glob(XY<int> size);
+  // The screen position that the next glob made takes, so that a root glob
+  // is in its place while its constructor lays it out.
+  static void setupRootPos(XY<int> position);
   Glob(const Glob&) = delete;
   Glob& operator=(const Glob&) = delete;
   virtual ~Glob();

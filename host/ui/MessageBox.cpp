@@ -1,6 +1,8 @@
 #include "host/ui/MessageBox.h"
 
 #include <algorithm>
+#include <deque>
+#include <mutex>
 
 #include "host/config/Resources.h"
 #include "host/notify/Log.h"
@@ -77,7 +79,22 @@ bool MessagePanel::handleMessageEvent(const LightweightString<char>& msg, Glob* 
   return TextRowsPanel::handleMessageEvent(msg, sender);
 }
 
+namespace {
+std::mutex shownMutex;
+std::deque<LightweightString<wchar_t>> shown;
+} // namespace
+
+std::vector<LightweightString<wchar_t>> messagesShown() {
+  std::lock_guard<std::mutex> lock(shownMutex);
+  return {shown.begin(), shown.end()};
+}
+
 MessagePanel* makeMessage(const LightweightString<wchar_t>& text, const Palette& palette) {
+  {
+    std::lock_guard<std::mutex> lock(shownMutex);
+    shown.push_back(text);
+    if (shown.size() > 256) shown.pop_front();
+  }
   if (!GlobManager::initialised()) {
     Log::printf("message (no screen to show it on): %s", toUTF8(text).c_str());
     return nullptr;

@@ -1,4 +1,6 @@
 #pragma once
+#include <vector>
+
 #include "host/FxHostApi.h"
 #include "host/ui/TextRowsPanel.h"
 
@@ -25,3 +27,7 @@ private:
 // Shows a message box with the text; null (and the text in the host log)
 // when there is no screen to show it on.
 FXHOST_API MessagePanel* makeMessage(const LightweightString<wchar_t>& text, const Palette& palette = Palette());
+
+// Every text that makeMessage was asked to show, oldest first (at most the
+// last 256), so that a host's automation can tell what the user was told.
+FXHOST_API std::vector<LightweightString<wchar_t>> messagesShown();
