@@ -202,6 +202,12 @@ bool FXGraphView::handleMessageEvent(const LightweightString<char>& msg, Glob* s
 bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glob* sender, const void* data) {
   if (msg != MenuData::changeMsg || !data) return Glob::handleDataMessageEvent(msg, sender, data);
   const auto* change = static_cast<const MenuData::Change*>(data);
+  if (change->tag == "zoom") {
+    // Entry 2 zooms in, entry 3 out. Held in a panel, the panel's step; alone, the wheel's.
+    if (parent() && parent()->handleDataMessageEvent(msg, sender, data)) return true;
+    handleZoom(change->index == 2 ? 1 : -1);
+    return true;
+  }
   if (change->tag != "orientation") return false;
   NotifyMsg m;
   m.object = Ux::Ptr<iObject>(const_cast<MenuData::Change*>(change));
@@ -217,6 +223,9 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   up.checked = !left.checked;
   items.push_back(left);
   items.push_back(up);
+  // Zoom steps: a panel that holds the view takes them as its own.
+  items.emplace_back(L"Zoom in", LightweightString<char>(), "zoom");
+  items.emplace_back(L"Zoom out", LightweightString<char>(), "zoom");
   if (!e) return items;
   // The graph-item commands of the node under the mouse.
   const XY<int> at = e->screen - screenPos();

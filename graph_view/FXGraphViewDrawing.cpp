@@ -8,7 +8,18 @@
 #include "graph_view/FXGraphView.h"
 #include "host/render/VidRenderUtils.h"
 
-void FXGraphView::draw() { drawBackground(); }
+void FXGraphView::draw() {
+  // The graph stays inside the view area: nodes half out of it do not spill
+  // over the scroll bars and margins. A clip that someone set is kept.
+  const PixelBox held = canvas().getClipRect();
+  const bool unclipped = held.x1 == held.x0 || held.y1 == held.y0;
+  if (unclipped) {
+    const auto w = getWindowPos();
+    canvas().setClipRect({w.x0, w.y0, w.x1, w.y1});
+  }
+  drawBackground();
+  if (unclipped) canvas().setClipRect(held);
+}
 
 // The area a primitive touches, clipped to the canvas clip rectangle when
 // one is set; whether anything of it is left to draw.
