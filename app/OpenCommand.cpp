@@ -21,7 +21,7 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
   {
     Session session;
     std::string why;
-    if (!session.open(editPath, screen, 0, why)) {
+    if (!session.open(editPath, 0, {}, why)) {
       err << "fxgraph: " << why << "\n";
       status = 1;
     } else {

@@ -18,7 +18,7 @@ struct Options {
   std::string edit;
   XY<int> size{1024, 640};
   double time = 0;
-  std::string script, png, svg, dump, prefs;
+  std::string script, png, svg, dump, prefs, layout;
 };
 
 bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
@@ -61,6 +61,8 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
       if (!value(o.dump)) return false;
     } else if (a == "--prefs") {
       if (!value(o.prefs)) return false;
+    } else if (a == "--layout") {
+      if (!value(o.layout)) return false;
     } else if (a.starts_with("-")) {
       why = "unknown option " + a;
       return false;
@@ -73,7 +75,7 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
   }
   if (o.edit.empty())
     why = "usage: fxgraph render EDIT [--size WxH] [--time T] [--script FILE] [--png FILE] "
-          "[--svg FILE] [--dump FILE] [--prefs FILE]";
+          "[--svg FILE] [--dump FILE] [--prefs FILE] [--layout FILE]";
   return !o.edit.empty();
 }
 
@@ -93,7 +95,7 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
   int status = 0;
   {
     Session session;
-    if (!session.open(o.edit, o.size, o.time, why)) {
+    if (!session.open(o.edit, o.time, o.layout, why)) {
       err << "fxgraph: " << why << "\n";
       status = 1;
     } else {

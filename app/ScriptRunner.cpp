@@ -10,8 +10,13 @@
 
 #include "app/StateDump.h"
 #include "host/edit/EditFile.h"
+#include "host/ui/Checkbox.h"
+#include "host/ui/DropDownMenuButton.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
+#include "host/ui/ImageButton.h"
+#include "host/ui/MenuGlob.h"
+#include "host/ui/PushButton.h"
 
 namespace fxgraph {
 namespace {
@@ -32,6 +37,18 @@ bool number(const std::string& text, double& out) {
   char* end = nullptr;
   out = std::strtod(text.c_str(), &end);
   return !text.empty() && end == text.c_str() + text.size() && std::isfinite(out);
+}
+
+std::string trimmed(std::string text) {
+  text.erase(0, text.find_first_not_of(" \t\r"));
+  text.erase(text.find_last_not_of(" \t\r") + 1);
+  return text;
+}
+
+// What follows the word `after` on the line, blanks inside kept.
+std::string rest(const std::string& line, const std::string& after) {
+  const std::size_t at = line.find(after);
+  return at == std::string::npos ? std::string() : trimmed(line.substr(at + after.size()));
 }
 
 bool writeText(const std::string& path, const std::string& text, std::string& why) {
@@ -97,6 +114,156 @@ bool ScriptRunner::nodeCentre(const std::string& id, XY<int>& at, std::string& w
   return true;
 }
 
+bool ScriptRunner::screenClick(XY<int> at, int button) {
+  Event e;
+  e.type = Event::mouseDown;
+  e.button = static_cast<Event::Button>(button);
+  e.screen = at;
+  e.time = msecsNow();
+  GlobManager::setKeyboardModifiers(0);
+  const bool taken = GlobManager::dispatch(e);
+  e.type = Event::mouseUp;
+  GlobManager::dispatch(e);
+  GlobManager::processDeletions();
+  return taken;
+}
+
+Glob* ScriptRunner::panelWidget(const std::string& name) const {
+  FXGraphTool* p = session_.panel();
+  if (!p) return nullptr;
+  if (name == "ToggleTemplates") return p->toggleTemplatesButton();
+  if (name == "TidyNodes") return p->tidyButton();
+  if (name == "undoBtn") return p->undoButton();
+  if (name == "redoBtn") return p->redoButton();
+  if (name == "autoPos") return p->autoPosCheckbox();
+  if (name == "orientation") return p->orientationMenu();
+  if (name == "view") return p->getView();
+  if (name == "templatesList") return p->getTemplatesList();
+  return nullptr;
+}
+
+std::string ScriptRunner::widgetNames() const {
+  return "ToggleTemplates, TidyNodes, undoBtn, redoBtn, autoPos, orientation, view, templatesList";
+}
+
+std::string ScriptRunner::widgetMessage(Glob* widget) const {
+  FXGraphTool* p = session_.panel();
+  if (p && widget == p->autoPosCheckbox())
+    return std::string(Checkbox::messagePrefix) + (p->autoPosCheckbox()->getState() ? "Off" : "On");
+  if (auto* button = dynamic_cast<Button*>(widget)) return button->getMessage().str();
+  return {};
+}
+
+bool ScriptRunner::pickMenuEntry(const std::string& entry, std::string& why) {
+  MenuGlob* menu = MenuGlob::current();
+  if (!menu) {
+    why = "no menu came up";
+    return false;
+  }
+  int index = -1;
+  if (!integer(entry, index)) {
+    const MenuItems& items = menu->items();
+    for (std::size_t i = 0; i < items.size() && index < 0; ++i)
+      if (toUTF8(items[i].label).str() == entry) index = static_cast<int>(i);
+  }
+  if (index < 0 || index >= static_cast<int>(menu->items().size())) {
+    std::string offered;
+    for (const MenuItem& item : menu->items())
+      offered += (offered.empty() ? "\"" : ", \"") + toUTF8(item.label).str() + "\"";
+    menu->close();
+    GlobManager::processDeletions();
+    why = "the menu has no entry \"" + entry + "\" (it offers " + offered + ")";
+    return false;
+  }
+  const MenuItem item = menu->items()[static_cast<std::size_t>(index)];
+  const Glob::PixelBox row = menu->itemBox(index);
+  const XY<int> at = menu->screenPos() + XY<int>{(row.x0 + row.x1) / 2, (row.y0 + row.y1) / 2};
+  const bool handled = screenClick(at, Event::left);
+  session_.lastMessage = Session::LastMessage{item.message.empty() ? toUTF8(item.label).str() : item.message.str(),
+                                              handled && item.active};
+  return true;
+}
+
+bool ScriptRunner::choose(const std::string& name, const std::string& entry, std::string& why) {
+  Glob* widget = panelWidget(name);
+  if (!widget) {
+    why = "the panel has no widget \"" + name + "\" (" + widgetNames() + ")";
+    return false;
+  }
+  const XY<int> centre = widget->screenPos() + XY<int>{widget->width() / 2, widget->height() / 2};
+  if (dynamic_cast<DropDownMenuButton*>(widget)) {
+    screenClick(centre, Event::left);
+  } else {
+    // A context menu: a right click where the widget has nothing else.
+    Event e;
+    e.type = Event::mouseDown;
+    e.button = Event::right;
+    e.screen = widget == session_.view() ? toScreen(emptyViewPixel()) : centre;
+    GlobManager::dispatch(e);
+    e.type = Event::mouseUp;
+    GlobManager::dispatch(e);
+  }
+  return pickMenuEntry(entry, why);
+}
+
+bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std::string& why) {
+  DDVideoEffectsList* list = session_.panel()->getTemplatesList();
+  if (!list) {
+    why = "the templates list is hidden";
+    return false;
+  }
+  int found = -1;
+  for (int row = 0; row < list->rowCount() && found < 0; ++row) {
+    list->scrollToRow(row, false);
+    const Glob::PixelBox box = list->rowBox(row);
+    const EffectTemplateSummary* t = list->templateAt({(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2});
+    if (t && toUTF8(t->name).str() == name) found = row;
+  }
+  if (found < 0) {
+    why = "the templates list offers no template \"" + name + "\"";
+    return false;
+  }
+  list->scrollToRow(found, true);
+  const Glob::PixelBox box = list->rowBox(found);
+  const XY<int> from = list->screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};
+  const XY<int> to = toScreen(viewPixel);
+  Event e;
+  e.button = Event::left;
+  e.time = msecsNow();
+  GlobManager::setKeyboardModifiers(0);
+  e.type = Event::mouseDown;
+  e.screen = from;
+  GlobManager::dispatch(e);
+  // Far enough to be a drag, then over the node, then let go.
+  e.type = Event::mouseMove;
+  for (int i = 1; i <= 4; ++i) {
+    e.screen = {from.x + (to.x - from.x) * i / 4, from.y + (to.y - from.y) * i / 4};
+    GlobManager::dispatch(e);
+  }
+  e.type = Event::mouseUp;
+  e.screen = to;
+  GlobManager::dispatch(e);
+  return true;
+}
+
+bool ScriptRunner::closePanel(std::string& why) { return session_.closePanel(why); }
+
+XY<int> ScriptRunner::emptyViewPixel() const {
+  FXGraphView* view = session_.view();
+  if (!view) return {};
+  const auto w = view->getWindowPos();
+  for (int y = w.y1 - 30; y > w.y0 + 30; y -= 10)
+    for (int x = w.x0 + 30; x < w.x1 - 30; x += 10) {
+      bool free = true;
+      for (const auto& n : view->nodes()) {
+        const auto b = n->pixelBox();
+        free = free && !(x > b.x0 - 20 && x < b.x1 + 20 && y > b.y0 - 20 && y < b.y1 + 20);
+      }
+      if (free) return {x, y};
+    }
+  return {(w.x0 + w.x1) / 2, (w.y0 + w.y1) / 2};
+}
+
 bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   const std::string line = raw.substr(0, raw.find('#'));
   const std::vector<std::string> w = words(line);
@@ -114,6 +281,12 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     why = cmd + ": no edit is open (after close, reopen first)";
     return false;
   };
+  auto needPanel = [&]() {
+    if (!needOpen()) return false;
+    if (session_.panel()) return true;
+    why = cmd + ": the tool is closed (reopen first)";
+    return false;
+  };
   auto point = [&](std::size_t at, XY<int>& p) {
     if (integer(w[at], p.x) && integer(w[at + 1], p.y)) return true;
     why = "\"" + w[at] + " " + w[at + 1] + "\" is not a pixel position (two whole numbers)";
@@ -122,15 +295,20 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
 
   if (cmd == "resize") {
     XY<int> size;
-    if (!wants(2, 2, "resize W H") || !needOpen() || !point(1, size)) return false;
-    if (size.x < 1 || size.y < 1 || size.x > 8192 || size.y > 8192) {
-      why = "the size must be between 1 and 8192 pixels a side";
+    if (!wants(2, 2, "resize W H") || !point(1, size)) return false;
+    if (size.x < 64 || size.y < 64 || size.x > 8192 || size.y > 8192) {
+      why = "the screen must be between 64 and 8192 pixels a side";
       return false;
     }
-    const XY<int> screen = GlobManager::screenSize();
-    if (size.x > screen.x || size.y > screen.y)
-      GlobManager::resizeScreen(std::max(size.x, screen.x), std::max(size.y, screen.y));
-    session_.panel()->resize(size.x, size.y);
+    GlobManager::resizeScreen(size.x, size.y);
+    // Panels stay on the screen: one too big for it is made to fit.
+    for (Glob* root : std::vector<Glob*>(GlobManager::roots())) {
+      const int fitW = std::min<int>(root->width(), size.x), fitH = std::min<int>(root->height(), size.y);
+      if (fitW != root->width() || fitH != root->height()) root->resize(fitW, fitH);
+      const XY<int> at =
+          GlobManager::getSafePosForGlob(root->canvas(), {root->getX(), root->getY()}, {root->width(), root->height()});
+      root->setPos(at.x, at.y);
+    }
     GlobManager::invalidate();
   } else if (cmd == "time") {
     double t = 0;
@@ -159,7 +337,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     } else if (!wants(2, 2, (cmd + " X Y").c_str())) {
       return false;
     }
-    if (!needOpen() || !point(1, p)) return false;
+    if (!needPanel() || !point(1, p)) return false;
     int button = Event::left;
     bool ctrl = false;
     for (std::size_t i = 3; i < w.size(); ++i) {
@@ -189,7 +367,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     }
   } else if (cmd == "wheel") {
     int steps = 0;
-    if (!wants(1, 1, "wheel N") || !needOpen()) return false;
+    if (!wants(1, 1, "wheel N") || !needPanel()) return false;
     if (!integer(w[1], steps) || steps == 0 || std::abs(steps) > 100) {
       why = "\"" + w[1] + "\" is not a number of wheel steps (-100 to 100, not 0)";
       return false;
@@ -203,7 +381,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     }
   } else if (cmd == "pad") {
     int index = 0;
-    if (!wants(3, 3, "pad NODE in|out I") || !needOpen()) return false;
+    if (!wants(3, 3, "pad NODE in|out I") || !needPanel()) return false;
     IdStamp id;
     Ux::Ptr<FXGraphViewNode> n;
     if (!IdStamp::fromString(w[1], id) || !(n = session_.view()->findViewRecForNode(id))) {
@@ -224,12 +402,12 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     mouse(Event::mouseUp, at, Event::left, false);
   } else if (cmd == "node-click") {
     XY<int> at;
-    if (!wants(1, 1, "node-click NODE") || !needOpen() || !nodeCentre(w[1], at, why)) return false;
+    if (!wants(1, 1, "node-click NODE") || !needPanel() || !nodeCentre(w[1], at, why)) return false;
     mouse(Event::mouseDown, at, Event::left, false);
     mouse(Event::mouseUp, at, Event::left, false);
   } else if (cmd == "node-drag") {
     XY<int> at, by;
-    if (!wants(3, 4, "node-drag NODE DX DY [ctrl]") || !needOpen() || !nodeCentre(w[1], at, why) || !point(2, by))
+    if (!wants(3, 4, "node-drag NODE DX DY [ctrl]") || !needPanel() || !nodeCentre(w[1], at, why) || !point(2, by))
       return false;
     const bool ctrl = w.size() == 5 && w[4] == "ctrl";
     if (w.size() == 5 && !ctrl) {
@@ -243,16 +421,54 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       mouse(Event::mouseMove, {at.x + by.x * i / steps, at.y + by.y * i / steps}, Event::left, ctrl);
     mouse(Event::mouseUp, at + by, Event::left, false);
   } else if (cmd == "message") {
-    if (w.size() < 2 || !needOpen()) {
-      if (w.size() < 2) why = "usage: message TEXT";
+    if (w.size() < 2) {
+      why = "usage: message TEXT";
       return false;
     }
-    const std::size_t start = line.find(w[1], line.find(cmd) + cmd.size());
-    std::string text = line.substr(start);
-    text.erase(text.find_last_not_of(" \t\r") + 1);
-    session_.panel()->handleMessageEvent(text, nullptr);
+    if (!needPanel()) return false;
+    const std::string text = rest(line, cmd);
+    const bool handled = session_.panel()->handleMessageEvent(text, nullptr);
+    session_.lastMessage = Session::LastMessage{text, handled};
+  } else if (cmd == "button") {
+    if (!wants(1, 1, "button NAME") || !needPanel()) return false;
+    Glob* widget = panelWidget(w[1]);
+    if (!widget) {
+      why = "the panel has no widget \"" + w[1] + "\" (" + widgetNames() + ")";
+      return false;
+    }
+    const std::string message = widgetMessage(widget);
+    const XY<int> at = widget->screenPos() + XY<int>{widget->width() / 2, widget->height() / 2};
+    const bool handled = screenClick(at, Event::left);
+    session_.lastMessage = Session::LastMessage{message, handled};
+  } else if (cmd == "choose") {
+    if (w.size() < 3) {
+      why = "usage: choose NAME ENTRY";
+      return false;
+    }
+    if (!needPanel() || !choose(w[1], w.back(), why)) return false;
+  } else if (cmd == "menu") {
+    XY<int> at;
+    if (w.size() < 3) {
+      why = "usage: menu NODE ENTRY";
+      return false;
+    }
+    if (!needPanel() || !nodeCentre(w[1], at, why)) return false;
+    const std::string entry = rest(line, w[1]);
+    mouse(Event::mouseDown, at, Event::right, false);
+    mouse(Event::mouseUp, at, Event::right, false);
+    if (!pickMenuEntry(entry, why)) return false;
+  } else if (cmd == "drop") {
+    XY<int> at;
+    if (w.size() < 3) {
+      why = "usage: drop TEMPLATE NODE";
+      return false;
+    }
+    if (!needPanel() || !nodeCentre(w.back(), at, why)) return false;
+    const std::string name = line.substr(line.find(w[1], line.find(cmd) + cmd.size()),
+                                         line.rfind(w.back()) - line.find(w[1], line.find(cmd) + cmd.size()));
+    if (!dropTemplate(trimmed(name), at, why)) return false;
   } else if (cmd == "orientation") {
-    if (!wants(1, 1, "orientation LeftToRight|BottomToTop") || !needOpen()) return false;
+    if (!wants(1, 1, "orientation LeftToRight|BottomToTop") || !needPanel()) return false;
     if (w[1] != "LeftToRight" && w[1] != "BottomToTop") {
       why = "the orientation is LeftToRight or BottomToTop";
       return false;
@@ -267,8 +483,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   } else if (cmd == "save") {
     if (!wants(0, 0, "save") || !needOpen() || !session_.save(why)) return false;
   } else if (cmd == "close") {
-    if (!wants(0, 0, "close") || !needOpen()) return false;
-    session_.close();
+    if (!wants(0, 0, "close") || !needOpen() || !closePanel(why)) return false;
   } else if (cmd == "reopen") {
     if (!wants(0, 0, "reopen") || !session_.reopen(why)) return false;
   } else if (cmd == "png") {

@@ -12,6 +12,7 @@ namespace fxgraph {
 //   press X Y [left|right] [ctrl]              move X Y        release X Y
 //   click X Y             wheel N              pad NODE in|out I
 //   node-click NODE       node-drag NODE DX DY [ctrl]          message TEXT
+//   button NAME           choose NAME ENTRY    menu NODE ENTRY drop TEMPLATE NODE
 //   orientation LeftToRight|BottomToTop        undo            redo
 //   save                  close                reopen          png FILE      dump FILE
 class ScriptRunner {
@@ -27,6 +28,23 @@ private:
   bool mouse(int type, XY<int> viewPixel, int button, bool ctrl);
   XY<int> toScreen(XY<int> viewPixel) const;
   bool nodeCentre(const std::string& id, XY<int>& at, std::string& why) const;
+  // A press and a release of a button at a screen point; whether the press was taken.
+  bool screenClick(XY<int> at, int button);
+  // The panel's widget of a dump name ("TidyNodes", "orientation", "view"...).
+  Glob* panelWidget(const std::string& name) const;
+  std::string widgetNames() const;
+  // The message a click on the widget sends, for the dump's lastMessage.
+  std::string widgetMessage(Glob* widget) const;
+  // Opens the drop-down or context menu of a widget and picks an entry
+  // (a number from 0, or an entry's text).
+  bool choose(const std::string& name, const std::string& entry, std::string& why);
+  // Picks the entry of the menu that is up, by number or text, with a click.
+  bool pickMenuEntry(const std::string& entry, std::string& why);
+  // Drags a template from the templates list onto a view pixel.
+  bool dropTemplate(const std::string& name, XY<int> viewPixel, std::string& why);
+  bool closePanel(std::string& why);
+  // A view pixel well clear of every node, for clicks on empty canvas.
+  XY<int> emptyViewPixel() const;
 
   Session& session_;
   XY<int> mouse_;   // view pixels

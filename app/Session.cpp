@@ -1,13 +1,22 @@
 #include "app/Session.h"
 
+#include <filesystem>
+
+#include "host/config/EditorPreferences.h"
+#include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
 #include "host/ui/GlobManager.h"
 
 namespace fxgraph {
 
+std::string defaultLayoutPath() {
+  const std::filesystem::path prefsFile = prefs().path();
+  return (prefsFile.parent_path() / "layout").string();
+}
+
 Session::~Session() { close(); }
 
-bool Session::open(const std::string& path, XY<int> panelSize, double time, std::string& why) {
+bool Session::open(const std::string& path, double time, const std::string& layoutPath, std::string& why) {
   close();
   EditFile::LoadResult loaded = EditFile::load(path);
   if (!loaded.edit) {
@@ -15,7 +24,7 @@ bool Session::open(const std::string& path, XY<int> panelSize, double time, std:
     return false;
   }
   path_ = path;
-  panelSize_ = panelSize;
+  layoutPath_ = layoutPath.empty() ? defaultLayoutPath() : layoutPath;
   time_ = time;
   edit_ = loaded.edit;
   warnings_ = loaded.warnings;
@@ -24,23 +33,76 @@ bool Session::open(const std::string& path, XY<int> panelSize, double time, std:
   // The program's one vob both plays and records.
   Vob::setPlayMachine(vob_.get());
   Vob::setRecordMachine(vob_.get());
-  panel_ = new GraphViewPanel(vob_.get(), panelSize);
-  panel_->setPos(0, 0);
-  GlobManager::realize(panel_);
+  restoreOrShowPanels();
   return true;
 }
 
-void Session::close() {
-  if (panel_) {
-    GlobManager::requestDeletion(panel_);
-    GlobManager::processDeletions();
-    panel_ = nullptr;
+void Session::restoreOrShowPanels() {
+  std::vector<configb> records;
+  std::string why;
+  if (!LayoutFile::load(layoutPath_, records, why)) warnings_.push_back(why + "; the tool opens afresh");
+  bool restored = false;
+  for (const configb& record : records) {
+    if (record.getText("TYPE") != FXGraphTool::getUITypeString()) continue;
+    GlobCreationInfo info;
+    info.size = {record.getInt("W"), record.getInt("H")};
+    info.border = Border{0, 0, 15};
+    info.config = &record;
+    // Where it was, kept on the screen.
+    const XY<int> size = info.size.x > 0 && info.size.y > 0 ? info.size : FXGraphTool::calcSize();
+    Glob::setupRootPos(GlobManager::getSafePosForGlob(Canvas(), {record.getInt("X"), record.getInt("Y")}, size));
+    if (FXGraphTool* panel = FXGraphTool::make(&info)) {
+      GlobManager::realize(panel);
+      restored = true;
+    }
   }
+  if (!restored) FXGraphTool::show();
+}
+
+FXGraphTool* Session::panel() const { return vob_ ? FXGraphTool::findPanelFor(vob_.get()) : nullptr; }
+
+FXGraphView* Session::view() const {
+  FXGraphTool* p = panel();
+  return p ? p->getView() : nullptr;
+}
+
+void Session::writeLayout() {
+  std::vector<configb> records;
+  for (const FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>()) {
+    configb record;
+    panel->dump(record);
+    records.push_back(std::move(record));
+  }
+  std::string why;
+  if (!LayoutFile::save(layoutPath_, records, why)) warnings_.push_back("the screen layout was not saved: " + why);
+}
+
+void Session::close() {
+  if (!edit_) return;
+  writeLayout();
+  // Every panel goes, as on exit; each destructor writes its preferences.
+  for (FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>()) GlobManager::requestDeletion(panel);
+  GlobManager::processDeletions();
+  // Other panels of the session (viewers, parameters, messages) go too.
+  for (Glob* root : std::vector<Glob*>(GlobManager::roots())) GlobManager::requestDeletion(root);
+  GlobManager::processDeletions();
   if (Vob::getPlayMachine() == vob_.get()) Vob::setPlayMachine(nullptr);
   if (Vob::getRecordMachine() == vob_.get()) Vob::setRecordMachine(nullptr);
   vob_.reset();
-  if (edit_) edit_->close();
+  VobManager::closeAll();
+  edit_->close();
   edit_.reset();
+}
+
+bool Session::closePanel(std::string& why) {
+  FXGraphTool* p = panel();
+  if (!p) {
+    why = "the tool is not open";
+    return false;
+  }
+  GlobManager::requestDeletion(p);
+  GlobManager::processDeletions();
+  return true;
 }
 
 bool Session::reopen(std::string& why) {
@@ -48,9 +110,10 @@ bool Session::reopen(std::string& why) {
     why = "nothing was open";
     return false;
   }
-  const std::string path = path_;
+  const std::string path = path_, layout = layoutPath_;
   const double t = vob_ ? vob_->getCurrentTime() : time_;
-  return open(path, panelSize_, t, why);
+  close();
+  return open(path, t, layout, why);
 }
 
 bool Session::save(std::string& why) {

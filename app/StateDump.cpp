@@ -1,6 +1,13 @@
 #include "app/StateDump.h"
 
 #include "host/stream/StreamableTraits.h"
+#include "host/ui/Checkbox.h"
+#include "host/ui/DropDownMenuButton.h"
+#include "host/ui/GlobManager.h"
+#include "host/ui/ImageButton.h"
+#include "host/ui/MenuGlob.h"
+#include "host/ui/MessageBox.h"
+#include "host/ui/PushButton.h"
 
 namespace fxgraph {
 namespace {
@@ -15,6 +22,15 @@ json box(const Ux::Box<T, Traits>& b) {
 }
 std::string id(const IdStamp& i) { return i.asString().str(); }
 
+// The text form of the graph position that addresses the node from its root,
+// as host menus put it in their commands.
+std::string state(const FXGraphViewNode& n) {
+  const FXGraphView* view = n.view();
+  if (!view) return {};
+  const EditGraphIterator at = view->getIteratorFor(n.getNodeID(), 9);
+  return at.isValid() ? at.getState().asString().str() : std::string();
+}
+
 json nodeJson(const FXGraphViewNode& n) {
   json j;
   j["id"] = id(n.getNodeID());
@@ -24,6 +40,7 @@ json nodeJson(const FXGraphViewNode& n) {
   j["channel"] = id(n.locator().channel);
   j["primary"] = n.isPrimary();
   j["active"] = n.getNodeActive();
+  j["state"] = state(n);
   j["pos"] = point(n.getPosition());
   j["bounds"] = {n.getL(), n.getB(), n.getR(), n.getT()};
   j["pixels"] = box(n.calcPixelExtents());
@@ -71,23 +88,77 @@ json nodeJson(const FXGraphViewNode& n) {
   return j;
 }
 
+// A widget's box in screen pixels, or null.
+json screenBox(const Glob* g) {
+  if (!g) return nullptr;
+  const XY<int> at = g->screenPos();
+  return {at.x, at.y, at.x + g->width(), at.y + g->height()};
+}
+
+json panelJson(const FXGraphTool& panel) {
+  const FXGraphView* view = panel.getView();
+  json widgets = {{"ToggleTemplates", screenBox(panel.toggleTemplatesButton())},
+                  {"TidyNodes", screenBox(panel.tidyButton())},
+                  {"undoBtn", screenBox(panel.undoButton())},
+                  {"redoBtn", screenBox(panel.redoButton())},
+                  {"autoPos", screenBox(panel.autoPosCheckbox())},
+                  {"orientation", screenBox(panel.orientationMenu())},
+                  {"view", screenBox(view)},
+                  {"templatesList", screenBox(panel.getTemplatesList())}};
+  json templates = nullptr;
+  if (DDVideoEffectsList* list = panel.getTemplatesList()) {
+    templates = json::array();
+    for (const EffectCategory& c : list->categories()) templates.push_back(toUTF8(c.name).str());
+  }
+  return {{"x", panel.getX()},
+          {"y", panel.getY()},
+          {"w", panel.width()},
+          {"h", panel.height()},
+          {"title", toUTF8(panel.getTitle()).str()},
+          {"templatesVisible", panel.templatesVisible()},
+          {"autoPosition", view && !view->manualPositioning()},
+          {"tidyActive", panel.tidyButton() && panel.tidyButton()->isActive()},
+          {"orientationEntry", panel.orientationMenu() ? panel.orientationMenu()->getSelectedIndex() : 0},
+          {"docked", panel.isDocked()},
+          {"widgets", widgets},
+          {"templates", templates}};
+}
+
+// The title of a panel of the host, as its header shows it.
+std::string titleOf(Glob* g) {
+  if (auto* p = dynamic_cast<StandardPanel*>(g)) return toUTF8(p->getTitle()).str();
+  return {};
+}
+
 } // namespace
 
 json dumpState(const Session& session) {
   json doc;
-  const GraphViewPanel* panel = session.panel();
-  const FXGraphView* view = session.view();
-  if (!panel || !view) {
-    doc["panel"] = nullptr;
-    return doc;
+  FXGraphTool* panel = session.panel();
+  doc["panel"] = panel ? panelJson(*panel) : json(nullptr);
+  json panels = json::array();
+  for (const FXGraphTool* p : FXGraphTool::allPanels_.as<FXGraphTool>())
+    panels.push_back({{"title", toUTF8(p->getTitle()).str()},
+                      {"x", p->getX()},
+                      {"y", p->getY()},
+                      {"w", p->width()},
+                      {"h", p->height()}});
+  doc["panels"] = panels;
+  if (session.lastMessage)
+    doc["lastMessage"] = {{"text", session.lastMessage->text}, {"handled", session.lastMessage->handled}};
+  else
+    doc["lastMessage"] = nullptr;
+  json messages = json::array();
+  for (const auto& text : messagesShown()) messages.push_back(toUTF8(text).str());
+  doc["messages"] = messages;
+  json popups = json::array();
+  for (Glob* root : GlobManager::roots()) {
+    if (dynamic_cast<FXGraphTool*>(root) || dynamic_cast<MenuGlob*>(root)) continue;
+    popups.push_back({{"type", root->idstring().str()}, {"title", titleOf(root)}});
   }
-  doc["panel"] = {{"x", panel->getX()},
-                  {"y", panel->getY()},
-                  {"w", panel->width()},
-                  {"h", panel->height()},
-                  {"title", toUTF8(panel->getTitle()).str()},
-                  {"templatesVisible", false},
-                  {"autoPosition", !view->manualPositioning()}};
+  doc["popups"] = popups;
+  const FXGraphView* view = session.view();
+  if (!view) return doc;
   doc["view"] = {{"zoom", view->getZoom()},
                  {"scale", view->getScale()},
                  {"centre", point(view->getViewCentre())},

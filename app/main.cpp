@@ -14,7 +14,7 @@ const char* usage =
     "usage:\n"
     "  fxgraph [EDIT]                         open the edit (default: examples/promo.json) in a window\n"
     "  fxgraph render EDIT [options]          the same, headless: --size WxH, --time T, --script FILE,\n"
-    "                                         --png FILE, --svg FILE, --dump FILE, --prefs FILE\n"
+    "                                         --png FILE, --svg FILE, --dump FILE, --prefs FILE, --layout FILE\n"
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"

@@ -128,15 +128,22 @@ TEST(RenderScript, WirePickedUpDroppedElsewhereThenUndone) {
 TEST(RenderScript, WheelZoomsAndDraggingEmptyCanvasPans) {
   Render r;
   const json start = r.run("");
-  const double zoom = start["view"]["zoom"];
-  const json zoomed = r.run("move 500 300\nwheel 2\n");
-  EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), std::min(1.0, zoom + 0.2), 1e-12);
+  const json& w = start["view"]["window"];
+  const int midX = (w[0].get<int>() + w[2].get<int>()) / 2, midY = (w[1].get<int>() + w[3].get<int>()) / 2;
+  const std::string middle = std::to_string(midX) + " " + std::to_string(midY);
+  const json zoomed = r.run("move " + middle + "\nwheel -2\n");
+  EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), start["view"]["zoom"].get<double>() - 0.2, 1e-12);
 
-  // A press on empty canvas pans: the graph follows the mouse.
-  const json panned = r.run("press 40 560\nmove 60 540\nmove 70 530\nrelease 70 530\n");
-  const double scale = start["view"]["scale"];
-  EXPECT_NEAR(panned["view"]["centre"][0].get<double>(), start["view"]["centre"][0].get<double>() - 30 / scale, 1e-9);
-  EXPECT_NEAR(panned["view"]["centre"][1].get<double>(), start["view"]["centre"][1].get<double>() + 30 / scale, 1e-9);
+  // Zoomed right out the graph is small and the corners are empty canvas: a
+  // press there pans, and the graph follows the mouse.
+  const json out = r.run("move " + middle + "\nwheel -10\n");
+  const int x = w[0].get<int>() + 30, y = w[3].get<int>() - 30;
+  auto at = [](int px, int py) { return std::to_string(px) + " " + std::to_string(py); };
+  const json panned = r.run("move " + middle + "\nwheel -10\npress " + at(x, y) + "\nmove " + at(x + 20, y - 20) +
+                            "\nmove " + at(x + 30, y - 30) + "\nrelease " + at(x + 30, y - 30) + "\n");
+  const double scale = out["view"]["scale"];
+  EXPECT_NEAR(panned["view"]["centre"][0].get<double>(), out["view"]["centre"][0].get<double>() - 30 / scale, 1e-9);
+  EXPECT_NEAR(panned["view"]["centre"][1].get<double>(), out["view"]["centre"][1].get<double>() + 30 / scale, 1e-9);
 }
 
 TEST(RenderScript, PictureShowsWhatTheDumpSays) {
@@ -160,11 +167,12 @@ TEST(RenderScript, PictureShowsWhatTheDumpSays) {
     EXPECT_NEAR(got.g, want[1].get<double>(), 0.02) << what;
     EXPECT_NEAR(got.b, want[2].get<double>(), 0.02) << what;
   };
-  const json& dissolve = *node(dump, "2.0.1");
-  // Off the title text: a quarter of the way across the bar.
-  json bar = dissolve["titleBar"]["pixels"];
+  // A node well inside the view area, off its title text: a quarter of the
+  // way across the bar.
+  const json& broll = *node(dump, "3.0.2");
+  json bar = broll["titleBar"]["pixels"];
   bar[2] = bar[0].get<int>() + (bar[2].get<int>() - bar[0].get<int>()) / 4;
-  expectColour(colourAt(bar), dissolve["titleBar"]["colour"], "title bar");
+  expectColour(colourAt(bar), broll["titleBar"]["colour"], "title bar");
   const json& matte = *node(dump, "3.0.5");
   expectColour(colourAt(matte["thumbnail"]["pixels"]), matte["thumbnail"]["colour"], "matte thumbnail");
   expectColour(colourAt(matte["thumbnail"]["pixels"]), json::array({0.1, 0.25, 0.75}), "the matte's own colour");
