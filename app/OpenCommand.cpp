@@ -1,9 +1,11 @@
 #include "app/OpenCommand.h"
 
 #include <cstdlib>
+#include <fstream>
 #include <ostream>
 
 #include "app/Session.h"
+#include "app/StateDump.h"
 #include "app/WindowLoop.h"
 #include "host/ui/GlobManager.h"
 
@@ -26,7 +28,13 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
       status = 1;
     } else {
       for (const std::string& w : session.warnings()) err << "fxgraph: warning: " << w << "\n";
-      if (!runWindowLoop(why)) {
+      const bool windowed = runWindowLoop(why);
+      // For automation: the state as the window left it.
+      if (const char* dumpPath = std::getenv("FXGRAPH_STATE_DUMP"); windowed && dumpPath && *dumpPath) {
+        std::ofstream dump(dumpPath, std::ios::binary);
+        dump << dumpState(session).dump(2) << "\n";
+      }
+      if (!windowed) {
         const std::string picture = "fxgraph-screen.png";
         if (GlobManager::writePNG(picture)) {
           out << "fxgraph: no window (" << why << "); the screen is in " << picture << "\n";

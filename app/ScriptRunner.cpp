@@ -107,6 +107,7 @@ bool ScriptRunner::nodeCentre(const std::string& id, XY<int>& at, std::string& w
     why = "no node " + id + " in the view";
     return false;
   }
+  bringIntoView(*n);
   // The middle of the box below the title bar: the body, clear of pads.
   const auto box = n->calcPixelExtents();
   const auto title = n->getTitleBarRect();
@@ -247,6 +248,20 @@ bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std:
 }
 
 bool ScriptRunner::closePanel(std::string& why) { return session_.closePanel(why); }
+
+void ScriptRunner::bringIntoView(const FXGraphViewNode& node) const {
+  FXGraphView* view = session_.view();
+  if (!view) return;
+  // As a person scrolls to a node before clicking it: re-centred only when
+  // part of its box lies outside the view area.
+  const auto w = view->getWindowPos();
+  const auto b = node.calcPixelExtents();
+  if (b.x0 >= w.x0 && b.x1 <= w.x1 && b.y0 >= w.y0 && b.y1 <= w.y1) return;
+  Vector<IdStamp> ids;
+  ids.push_back(node.getNodeID());
+  view->ensureNodeListVisible(ids, 2);
+  view->redraw();
+}
 
 XY<int> ScriptRunner::emptyViewPixel() const {
   FXGraphView* view = session_.view();
@@ -392,6 +407,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       why = "usage: pad NODE in|out I (I a pad number from 0)";
       return false;
     }
+    bringIntoView(*n);
     const XY<int> at = w[2] == "in" ? n->getInputPos(static_cast<unsigned long>(index))
                                     : n->getOutputPos(static_cast<unsigned char>(index));
     if (at == XY<int>(-1, -1)) {

@@ -43,6 +43,8 @@ private:
   // Drags a template from the templates list onto a view pixel.
   bool dropTemplate(const std::string& name, XY<int> viewPixel, std::string& why);
   bool closePanel(std::string& why);
+  // Scrolls the view to a node that is not wholly in sight.
+  void bringIntoView(const FXGraphViewNode& node) const;
   // A view pixel well clear of every node, for clicks on empty canvas.
   XY<int> emptyViewPixel() const;
 

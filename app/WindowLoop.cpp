@@ -1,9 +1,11 @@
 #include "app/WindowLoop.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include <SDL.h>
 
+#include "host/edit/Vob.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
 
@@ -31,6 +33,24 @@ Event::Button buttonOf(Uint8 b) {
   default:
     return Event::noButton;
   }
+}
+
+// The editor's transport, for keys that no panel took: left and right step
+// the play machine's time by a second, Home goes to the start.
+void moveTime(SDL_Keycode key) {
+  Vob* vob = Vob::getPlayMachine();
+  if (!vob || !vob->getEdit()) return;
+  const double end = vob->getEdit()->getEndTime();
+  double t = vob->getCurrentTime();
+  if (key == SDLK_LEFT)
+    t -= 1;
+  else if (key == SDLK_RIGHT)
+    t += 1;
+  else if (key == SDLK_HOME)
+    t = 0;
+  else
+    return;
+  vob->setCurrentTime(vob->getEdit()->wholeFrame(std::clamp(t, 0.0, std::max(0.0, end))));
 }
 
 // Turns one SDL event into host events; false when the window is to close.
@@ -69,7 +89,7 @@ bool translate(const SDL_Event& e) {
     h.key = static_cast<int>(e.key.keysym.sym);
     GlobManager::setKeyboardModifiers(modifiersOf(e.key.keysym.mod));
     h.modifiers = modifiersOf(e.key.keysym.mod);
-    GlobManager::dispatch(h);
+    if (!GlobManager::dispatch(h) && e.type == SDL_KEYDOWN) moveTime(e.key.keysym.sym);
     break;
   case SDL_WINDOWEVENT:
     if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED)

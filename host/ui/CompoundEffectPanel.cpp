@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "host/config/Resources.h"
+#include "host/edit/ParamBase.h"
 #include "host/edit/TransitStatus.h"
 #include "host/notify/Log.h"
 #include "host/ui/MessageBox.h"
@@ -125,27 +126,10 @@ void CompoundEffectPanel::refresh() {
 }
 
 bool CompoundEffectPanel::stepParam(const std::string& key, std::size_t index, int steps) {
-  Vob* vob = getVob();
-  const Ux::Ptr<EffectInstance> fx = effect();
-  if (!vob || !fx) return false;
-  std::vector<double> values = fx->paramValues(key);
-  if (index >= values.size()) return false;
-  if (vob->isReadOnly()) {
-    makeMessage(resourceStrW(13029), getPalette());
-    return false;
-  }
-  const EditPtr edit = vob->getEdit();
-  {
-    EasyBackup undoStep(edit);
-    // Rounded, so that steps up and down come back to the same value.
-    values[index] = std::round((values[index] + steps * step) * 1e6) / 1e6;
-    fx->setParam(key, values);
-    edit->setDirty(true);
-  }
-  if (vob->getStateFlag()) TransitStatus::manager().notifyChange(vob);
-  fx->notifyChanged(EffectModification(EffectModification::eParams, fx->getId()));
-  edit->addModification({EditModification(EditModification::effectParams, fx->getId())}, true);
-  return true;
+  GenericParam::ParamBase param(getVob(), node_, key, index);
+  if (!param.exists()) return false;
+  // Rounded, so that steps up and down come back to the same value.
+  return param.requestValueChange(std::round((param.getValue() + steps * step) * 1e6) / 1e6);
 }
 
 bool CompoundEffectPanel::handleMessageEvent(const LightweightString<char>& msg, Glob* sender) {

@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
 """Starts fxgraph on an edit in a window on a virtual X display, takes a
-screenshot of the display and checks that the window drew something.
+screenshot of the display and checks that the window drew something; then
+drives the tool with the mouse (xdotool) as a person would: a node dragged
+away, and the same again followed by a click on Tidy, which puts it back.
 
 usage: window_screenshot.py FXGRAPH EDIT
-Exits 77 (skipped) when Xvfb or xwd is not installed."""
+Exits 77 (skipped) when Xvfb, xwd or xdotool is not installed."""
+import json
 import os
 import shutil
 import signal
@@ -41,10 +44,101 @@ def distinct_colours(shot):
     return len(seen)
 
 
+def xdotool(display, *args):
+    subprocess.run(["xdotool", *map(str, args)], check=True, timeout=20, env=dict(os.environ, DISPLAY=display))
+
+
+def run_window(fxgraph, edit, work, env, name, actions):
+    """Opens the window, runs the mouse actions, closes it; the state dump it left."""
+    dump = os.path.join(work, name + ".json")
+    env = dict(env, FXGRAPH_STATE_DUMP=dump)
+    program = subprocess.Popen([fxgraph, edit], cwd=work, env=env, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE, text=True)
+    try:
+        display = env["DISPLAY"]
+        for _ in range(80):
+            time.sleep(0.25)
+            if distinct_colours(screenshot(display, os.path.join(work, "wait.xwd"))) > 20:
+                break
+        time.sleep(0.5)
+        actions(display)
+        time.sleep(0.5)
+        program.send_signal(signal.SIGTERM)
+        program.wait(timeout=20)
+    finally:
+        if program.poll() is None:
+            program.kill()
+    with open(dump) as f:
+        return json.load(f)
+
+
+def drive_the_tool(fxgraph, edit, work, env):
+    first = json.load(open(os.path.join(work, "first.json")))
+    panel = first["panel"]
+    if not panel:
+        print("the window showed no tool")
+        return 1
+    for name in ("ToggleTemplates", "TidyNodes", "undoBtn", "redoBtn", "autoPos", "orientation", "view",
+                 "templatesList"):
+        if not panel["widgets"].get(name):
+            print("the tool has no", name)
+            return 1
+    height = 800  # the screen, as the window shows it one to one from its top-left corner
+
+    def on_screen(x, y):  # host pixels count up from the bottom, X's down from the top
+        return x, height - 1 - y
+
+    view = panel["widgets"]["view"]
+    ox, oy = first["view"]["origin"]
+    node = None
+    for n in first["nodes"]:
+        x0, y0, x1, y1 = n["pixels"]
+        cx, cy = ox + (x0 + x1) // 2, oy + (y0 + y1) // 2
+        if view[0] + 40 < cx < view[2] - 80 and view[1] + 40 < cy < view[3] - 80:
+            node = n
+            break
+    if not node:
+        print("no node lies well inside the view")
+        return 1
+    x0, y0, x1, y1 = node["pixels"]
+    grab = on_screen(ox + (x0 + x1) // 2, oy + y0 + (y1 - y0) // 3)
+    tidy = panel["widgets"]["TidyNodes"]
+    tidy_at = on_screen((tidy[0] + tidy[2]) // 2, (tidy[1] + tidy[3]) // 2)
+
+    def drag(display):
+        xdotool(display, "mousemove", *grab)
+        xdotool(display, "mousedown", 1)
+        for step in range(1, 6):
+            time.sleep(0.05)
+            xdotool(display, "mousemove", grab[0] + 10 * step, grab[1] + 6 * step)
+        xdotool(display, "mouseup", 1)
+
+    def drag_then_tidy(display):
+        drag(display)
+        time.sleep(0.3)
+        xdotool(display, "mousemove", *tidy_at)
+        xdotool(display, "click", 1)
+
+    def position(dump):
+        return next(n["pos"] for n in dump["nodes"] if n["id"] == node["id"])
+
+    dragged = run_window(fxgraph, edit, work, env, "dragged", drag)
+    tidied = run_window(fxgraph, edit, work, env, "tidied", drag_then_tidy)
+    start = position(first)
+    print("node", node["id"], "at", start, "dragged to", position(dragged), "tidied to", position(tidied))
+    if position(dragged) == start:
+        print("the drag did not move the node")
+        return 1
+    if position(tidied) != start:
+        print("Tidy did not put the node back")
+        return 1
+    return 0
+
+
 def main():
     fxgraph, edit = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
-    if not shutil.which("Xvfb") or not shutil.which("xwd"):
-        print("window test skipped: Xvfb or xwd is missing")
+    if not shutil.which("Xvfb") or not shutil.which("xwd") or not shutil.which("xdotool"):
+        print("window test skipped: Xvfb, xwd or xdotool is missing")
         return 77
     n = free_display()
     display = f":{n}"
@@ -60,7 +154,9 @@ def main():
         else:
             print("Xvfb did not start")
             return 1
-        env = dict(os.environ, DISPLAY=display)
+        # Preferences and the screen layout of the runs stay in the work folder.
+        env = dict(os.environ, DISPLAY=display, XDG_CONFIG_HOME=os.path.join(work, "config"),
+                   FXGRAPH_STATE_DUMP=os.path.join(work, "first.json"))
         program = subprocess.Popen([fxgraph, edit], cwd=work, env=env, stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True)
         blank = distinct_colours(screenshot(display, os.path.join(work, "before.xwd")))
@@ -85,7 +181,7 @@ def main():
         if status != 0:
             print("fxgraph did not quit cleanly:", status, program.stderr.read())
             return 1
-        return 0
+        return drive_the_tool(fxgraph, edit, work, env)
     finally:
         if program and program.poll() is None:
             program.kill()
