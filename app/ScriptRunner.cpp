@@ -204,7 +204,11 @@ bool ScriptRunner::choose(const std::string& name, const std::string& entry, std
     e.type = Event::mouseUp;
     GlobManager::dispatch(e);
   }
-  return pickMenuEntry(entry, why);
+  if (!pickMenuEntry(entry, why)) return false;
+  // A drop-down tells its panel with a message of its own.
+  if (dynamic_cast<DropDownMenuButton*>(widget) && session_.lastMessage)
+    session_.lastMessage->text = DropDownMenuButton::dropDownMenuButtonMsg;
+  return true;
 }
 
 bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std::string& why) {

@@ -41,9 +41,7 @@ protected:
     ASSERT_TRUE(runner.runLine(line, why)) << line << ": " << why;
   }
   json dump() const { return dumpState(session); }
-  double amount() const {
-    return session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 1))->param("amount", -1);
-  }
+  double amount() const { return session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 1))->param("amount", -1); }
 
   testsupport::TempFolder folder;
   std::string edit;
@@ -80,8 +78,8 @@ TEST_F(PanelScript, AParameterChangedInItsPanelIsUndone) {
   const CompoundEffectPanel::Control& control = params->controls().front();
   ASSERT_EQ(control.key, "amount");
   // A click on its + button, given in the view's pixels as the script has them.
-  const XY<int> at =
-      control.up->screenPos() + XY<int>{control.up->width() / 2, control.up->height() / 2} - session.view()->screenPos();
+  const XY<int> at = control.up->screenPos() + XY<int>{control.up->width() / 2, control.up->height() / 2} -
+                     session.view()->screenPos();
   run("click " + std::to_string(at.x) + " " + std::to_string(at.y));
   EXPECT_DOUBLE_EQ(amount(), 0.55);
   run("undo");
