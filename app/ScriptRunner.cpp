@@ -256,8 +256,9 @@ bool ScriptRunner::closePanel(std::string& why) { return session_.closePanel(why
 void ScriptRunner::bringIntoView(const FXGraphViewNode& node) const {
   FXGraphView* view = session_.view();
   if (!view) return;
-  // As a person scrolls to a node before clicking it: re-centred only when
-  // part of its box lies outside the view area.
+  // As a person brings the tool forward and scrolls to a node before
+  // clicking it: re-centred only when part of its box lies outside the view area.
+  if (FXGraphTool* panel = session_.panel(); panel && GlobManager::roots().back() != panel) panel->popToTop(false);
   const auto w = view->getWindowPos();
   const auto b = node.calcPixelExtents();
   if (b.x0 >= w.x0 && b.x1 <= w.x1 && b.y0 >= w.y0 && b.y1 <= w.y1) return;

@@ -240,6 +240,43 @@ TEST(RenderScript, SharedInputsLieWhereTheirBranchesPutThem) {
   }
 }
 
+// The tool as an editor opens it: its state comes back from the screen
+// layout on the next start (zoom and the templates list; the centre
+// deliberately not), and a command from a node's menu is one undo step that
+// the undo button takes back.
+TEST(RenderScript, TheToolKeepsItsLayoutAndRunsMenuCommands) {
+  Render r;
+  const json fresh = r.run("");
+  ASSERT_FALSE(fresh["panel"].is_null());
+  EXPECT_EQ(fresh["panels"].size(), 1u);
+  EXPECT_TRUE(fresh["panel"]["templatesVisible"]);
+  EXPECT_EQ(fresh["panel"]["title"], "Effect graph : Promo");
+  const json& w = fresh["view"]["window"];
+  const std::string middle = std::to_string((w[0].get<int>() + w[2].get<int>()) / 2) + " " +
+                             std::to_string((w[1].get<int>() + w[3].get<int>()) / 2);
+  const int x = w[0].get<int>() + 30, y = w[3].get<int>() - 30;
+  const json changed = r.run("message ToggleTemplates\nmove " + middle + "\nwheel -10\npress " + std::to_string(x) +
+                             " " + std::to_string(y) + "\nmove " + std::to_string(x + 40) + " " + std::to_string(y) +
+                             "\nrelease " + std::to_string(x + 40) + " " + std::to_string(y) + "\n");
+  EXPECT_EQ(changed["lastMessage"], (json{{"text", "ToggleTemplates"}, {"handled", false}}));
+  EXPECT_NE(changed["view"]["centre"], fresh["view"]["centre"]) << "panned";
+
+  const json restored = r.run("");
+  EXPECT_FALSE(restored["panel"]["templatesVisible"]);
+  EXPECT_EQ(restored["panel"]["widgets"]["templatesList"], nullptr);
+  EXPECT_EQ(restored["view"]["zoom"], changed["view"]["zoom"]);
+  EXPECT_NE(restored["view"]["centre"], changed["view"]["centre"]) << "the saved centre is not applied";
+
+  const json cycled = r.run("menu 2.0.1 Cycle inputs\n");
+  EXPECT_TRUE(hasWire(cycled, "3.0.2", "2.0.1", 0));
+  EXPECT_TRUE(cycled["undo"]["canUndo"]);
+  const std::string state = (*node(cycled, "2.0.1"))["state"];
+  EXPECT_EQ(cycled["lastMessage"]["text"], "fxutrcycle_inputs " + state);
+  const json undone = r.run("menu 2.0.1 Cycle inputs\nbutton undoBtn\n");
+  EXPECT_TRUE(hasWire(undone, "3.0.1", "2.0.1", 0));
+  EXPECT_TRUE(undone["undo"]["canRedo"]);
+}
+
 TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
   Render r;
   const std::string script = r.folder.write("bad.txt", "time 1\n# a comment\nfly 3 4\n");
