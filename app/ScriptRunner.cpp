@@ -17,6 +17,7 @@
 #include "host/ui/ImageButton.h"
 #include "host/ui/MenuGlob.h"
 #include "host/ui/PushButton.h"
+#include "routing/MultiTrackRoutingView.h"
 
 namespace fxgraph {
 namespace {
@@ -488,6 +489,69 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     const std::string name = line.substr(line.find(w[1], line.find(cmd) + cmd.size()),
                                          line.rfind(w.back()) - line.find(w[1], line.find(cmd) + cmd.size()));
     if (!dropTemplate(trimmed(name), at, why)) return false;
+  } else if (cmd == "routing") {
+    if (!wants(0, 0, "routing") || !needPanel()) return false;
+    // As a person opens it: the view's context menu on empty canvas.
+    if (!choose("view", toUTF8(resourceStrW(13053)).str(), why)) return false;
+    if (!MultiTrackRoutingView::findFor(session_.vob())) {
+      why = "routing: the dialogue did not open";
+      return false;
+    }
+  } else if (cmd == "tab") {
+    int index = 0;
+    if (!wants(1, 1, "tab I") || !needOpen()) return false;
+    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.vob());
+    if (!routing || !routing->tabs()) {
+      why = routing ? "the routing dialogue has no tabs (one page)" : "the routing dialogue is not open";
+      return false;
+    }
+    if (!integer(w[1], index) || index < 0 || index >= routing->tabs()->pageCount()) {
+      why = "tab: \"" + w[1] + "\" is not a tab (0 to " + std::to_string(routing->tabs()->pageCount() - 1) + ")";
+      return false;
+    }
+    routing->popToTop(false);
+    const Glob::PixelBox box = routing->tabs()->tabBox(index);
+    screenClick(routing->tabs()->screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2}, Event::left);
+  } else if (cmd == "row-click" || cmd == "row-swap") {
+    const bool swap = cmd == "row-swap";
+    int from = 0, to = 0;
+    if (!wants(swap ? 2 : 1, swap ? 2 : 1, swap ? "row-swap I J" : "row-click I") || !needOpen()) return false;
+    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.vob());
+    TableWidget* table = routing && routing->audioView() ? routing->audioView()->table() : nullptr;
+    if (!table) {
+      why = routing ? "the routing dialogue shows no audio table" : "the routing dialogue is not open";
+      return false;
+    }
+    const int rows = table->adaptor().getSize();
+    if (!integer(w[1], from) || from < 0 || from >= rows || (swap && (!integer(w[2], to) || to < 0 || to >= rows))) {
+      why = cmd + ": rows are numbered from 0 to " + std::to_string(rows - 1);
+      return false;
+    }
+    routing->popToTop(false);
+    auto rowCentre = [&](int row) {
+      table->scrollToRow(row, false);
+      const Glob::PixelBox box = table->getCellBox({row, 0});
+      return table->screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};
+    };
+    if (!swap) {
+      screenClick(rowCentre(from), Event::left);
+    } else {
+      const XY<int> a = rowCentre(from), b = rowCentre(to);
+      Event e;
+      e.button = Event::left;
+      e.time = msecsNow();
+      GlobManager::setKeyboardModifiers(0);
+      e.type = Event::mouseDown;
+      e.screen = a;
+      GlobManager::dispatch(e);
+      e.type = Event::mouseMove;
+      for (int i = 1; i <= 4; ++i) {
+        e.screen = {a.x + (b.x - a.x) * i / 4, a.y + (b.y - a.y) * i / 4};
+        GlobManager::dispatch(e);
+      }
+      e.type = Event::mouseUp;
+      GlobManager::dispatch(e);
+    }
   } else if (cmd == "orientation") {
     if (!wants(1, 1, "orientation LeftToRight|BottomToTop") || !needPanel()) return false;
     if (w[1] != "LeftToRight" && w[1] != "BottomToTop") {

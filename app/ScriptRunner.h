@@ -13,6 +13,7 @@ namespace fxgraph {
 //   click X Y             wheel N              pad NODE in|out I
 //   node-click NODE       node-drag NODE DX DY [ctrl]          message TEXT
 //   button NAME           choose NAME ENTRY    menu NODE ENTRY drop TEMPLATE NODE
+//   routing               tab I                row-click I     row-swap I J
 //   orientation LeftToRight|BottomToTop        undo            redo
 //   save                  close                reopen          png FILE      dump FILE
 class ScriptRunner {

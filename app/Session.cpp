@@ -33,6 +33,7 @@ bool Session::open(const std::string& path, double time, const std::string& layo
   // The program's one vob both plays and records.
   Vob::setPlayMachine(vob_.get());
   Vob::setRecordMachine(vob_.get());
+  monitor_ = std::make_unique<CompoundEffectMonitor>(vob_.get());
   restoreOrShowPanels();
   return true;
 }
@@ -88,6 +89,7 @@ void Session::close() {
   GlobManager::processDeletions();
   if (Vob::getPlayMachine() == vob_.get()) Vob::setPlayMachine(nullptr);
   if (Vob::getRecordMachine() == vob_.get()) Vob::setRecordMachine(nullptr);
+  monitor_.reset();
   vob_.reset();
   VobManager::closeAll();
   edit_->close();

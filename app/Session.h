@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "graph_tool/FXGraphTool.h"
+#include "host/edit/CompoundEffectMonitor.h"
 #include "host/edit/Edit.h"
 #include "host/edit/Vob.h"
 
@@ -62,6 +63,9 @@ private:
   double time_ = 0;
   EditPtr edit_;
   std::unique_ptr<Vob> vob_;
+  // The edit as the compound effect whose tracks are its channels, for the
+  // routing dialogue.
+  std::unique_ptr<CompoundEffectMonitor> monitor_;
   std::vector<std::string> warnings_;
 };
 

@@ -1,5 +1,6 @@
 #include "app/StateDump.h"
 
+#include "host/edit/EffectInstance.h"
 #include "host/stream/StreamableTraits.h"
 #include "host/ui/Checkbox.h"
 #include "host/ui/DropDownMenuButton.h"
@@ -8,6 +9,7 @@
 #include "host/ui/MenuGlob.h"
 #include "host/ui/MessageBox.h"
 #include "host/ui/PushButton.h"
+#include "routing/MultiTrackRoutingView.h"
 
 namespace fxgraph {
 namespace {
@@ -130,6 +132,30 @@ std::string titleOf(Glob* g) {
   return {};
 }
 
+json routingJson(const MultiTrackRoutingView* routing) {
+  if (!routing) return nullptr;
+  json pages = json::array();
+  for (std::size_t i = 0; i < routing->pageTitles().size(); ++i)
+    pages.push_back({{"title", toUTF8(routing->pageTitles()[i]).str()}, {"id", toUTF8(routing->pageIds()[i]).str()}});
+  json rows = json::array();
+  if (const AudioRoutingView* audio = routing->audioView()) {
+    const int n = audio->getNumNodes();
+    for (int row = 0; row < audio->getSize(); ++row) {
+      const Ux::Ptr<EffectInstance> effect = row < n ? audio->getNode(row) : nullptr;
+      rows.push_back({{"text", toUTF8(audio->getFieldText({row, 0})).str()},
+                      {"id", id(audio->getNodeID(row))},
+                      {"active", effect ? json(effect->isActive()) : json(nullptr)},
+                      {"movable", audio->canMove(row)}});
+    }
+  }
+  const char* showing = routing->videoView() ? "video" : routing->audioView() ? "audio" : nullptr;
+  return {{"pages", pages},
+          {"tabs", routing->tabs() != nullptr},
+          {"selected", routing->tabs() ? json(routing->tabs()->getCurrentTabIndex()) : json(nullptr)},
+          {"showing", showing ? json(showing) : json(nullptr)},
+          {"rows", rows}};
+}
+
 } // namespace
 
 json dumpState(const Session& session) {
@@ -157,6 +183,7 @@ json dumpState(const Session& session) {
     popups.push_back({{"type", root->idstring().str()}, {"title", titleOf(root)}});
   }
   doc["popups"] = popups;
+  doc["routing"] = routingJson(MultiTrackRoutingView::findFor(session.vob()));
   const FXGraphView* view = session.view();
   if (!view) return doc;
   doc["view"] = {{"zoom", view->getZoom()},

@@ -21,6 +21,7 @@
 #include "host/ui/MenuItem.h"
 #include "host/ui/PushButton.h"
 #include "host/ui/UifStd.h"
+#include "routing/MultiTrackRoutingView.h"
 
 namespace {
 
@@ -311,6 +312,10 @@ bool FXGraphTool::handleDataMessageEvent(const LightweightString<char>& msg, Glo
     const auto* change = static_cast<const MenuData::Change*>(data);
     // The view's entries: 2 zooms in, 3 out.
     if (change->tag == zoomMenuTag) return handleZoom(change->index == 2 ? 1 : -1);
+    if (change->tag == "routing") {
+      MultiTrackRoutingView::openFor(getVob());
+      return true;
+    }
   }
   return StandardPanel::handleDataMessageEvent(msg, sender, data);
 }

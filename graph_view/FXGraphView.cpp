@@ -224,8 +224,10 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   items.push_back(left);
   items.push_back(up);
   // Zoom steps: a panel that holds the view takes them as its own.
-  items.emplace_back(L"Zoom in", LightweightString<char>(), "zoom");
-  items.emplace_back(L"Zoom out", LightweightString<char>(), "zoom");
+  items.emplace_back(resourceStrW(13050), LightweightString<char>(), "zoom");
+  items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoom");
+  // The routing of the edit, track by track: whoever holds the view opens it.
+  items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
   if (!e) return items;
   // The graph-item commands of the node under the mouse.
   const XY<int> at = e->screen - screenPos();

@@ -59,6 +59,10 @@ constexpr Entry table[] = {
     {13043, L"Nothing feeds this position"},
     {13044, L"There is no such channel"},
     {13045, L"The render could not be imported: "},
+    {13050, L"Zoom in"},
+    {13051, L"Zoom out"},
+    {13052, L"Routing"},
+    {13053, L"Routing..."},
 };
 static_assert(std::is_sorted(std::begin(table), std::end(table),
                              [](const Entry& a, const Entry& b) { return a.id < b.id; }));
