@@ -277,6 +277,39 @@ TEST(RenderScript, TheToolKeepsItsLayoutAndRunsMenuCommands) {
   EXPECT_TRUE(undone["undo"]["canRedo"]);
 }
 
+// The routing of the compound example, track by track: the video page first,
+// an audio page per channel, effects bypassed and reordered by the mouse.
+TEST(RenderScript, RoutingDialogueOfTheCompoundExample) {
+  Render r("examples/compound.json");
+  const json opened = r.run("routing\n");
+  const json& routing = opened["routing"];
+  ASSERT_FALSE(routing.is_null());
+  EXPECT_EQ(routing["pages"], json::parse(R"([{"title": "Video", "id": "1.0.1"}, {"title": "A1", "id": "1.0.2"},
+                                              {"title": "A2", "id": "1.0.3"}])"));
+  EXPECT_TRUE(routing["tabs"]);
+  EXPECT_EQ(routing["selected"], 0);
+  EXPECT_EQ(routing["showing"], "video");
+  EXPECT_EQ(opened["popups"].back()["type"], "MultiTrackRoutingView");
+
+  const json a1 = r.run("routing\ntab 1\n")["routing"];
+  EXPECT_EQ(a1["showing"], "audio");
+  ASSERT_EQ(a1["rows"].size(), 4u);
+  EXPECT_EQ(a1["rows"][0], (json{{"text", "Gain"}, {"id", "4.0.1"}, {"active", true}, {"movable", true}}));
+  EXPECT_FALSE(a1["rows"][1]["movable"]) << "the crossfade";
+  EXPECT_EQ(a1["rows"][3]["id"], "5.0.1");
+
+  // The crossfade keeps its place; a click bypasses Gain, and undo brings it back.
+  const json swapped = r.run("routing\ntab 1\nrow-swap 0 1\nrow-click 0\n");
+  EXPECT_EQ(swapped["routing"]["rows"][0]["id"], "4.0.1");
+  EXPECT_FALSE(swapped["routing"]["rows"][0]["active"]);
+  EXPECT_TRUE(r.run("routing\ntab 1\nrow-click 0\nundo\n")["routing"]["rows"][0]["active"]);
+
+  // A2's chain is one effect long: Pan, then the source.
+  const json a2 = r.run("routing\ntab 2\n")["routing"];
+  EXPECT_EQ(a2["selected"], 2);
+  EXPECT_EQ(a2["rows"].size(), 2u);
+}
+
 TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
   Render r;
   const std::string script = r.folder.write("bad.txt", "time 1\n# a comment\nfly 3 4\n");
