@@ -429,6 +429,19 @@ void FXGraphViewNode::determineConnectionEditability(const EditGraphIterator& at
   } while (up.moveBack());
 }
 
+void FXGraphViewNode::determineConnectionEditability(bool lockedAbove) {
+  inputsEditable_ = true;
+  outputEditable_ = true;
+  if (!node_) return;
+  if (dynamic_cast<AliasedInputEffect*>(node_.get())) {
+    inputsEditable_ = false;
+    return;
+  }
+  const auto* effect = dynamic_cast<const EffectInstance*>(node_.get());
+  if (lockedAbove) inputsEditable_ = outputEditable_ = false;
+  if (effect && !effect->isConnectionEditable()) inputsEditable_ = false;
+}
+
 bool FXGraphViewNode::isOutputEditable(int i) const {
   if (!outputEditable_) return false;
   const FXGraphViewNode* fed = getOutputConnect(i);

@@ -125,6 +125,10 @@ public:
   const std::map<int, NodeInfoT>& inputTable() const noexcept { return inputs_; }
   const std::map<int, NodeInfoT>& outputTable() const noexcept { return outputs_; }
   void determineConnectionEditability(const EditGraphIterator& at);
+  // The same rule with what the path holds already known: whether an effect
+  // locked against rewiring lies above the node on its path. For walks that
+  // carry that along instead of climbing the path at every node.
+  void determineConnectionEditability(bool lockedAbove);
   bool isOutputEditable(int i) const;
   bool inputsEditable() const noexcept { return inputsEditable_; }
   bool outputEditable() const noexcept { return outputEditable_; }

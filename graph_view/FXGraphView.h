@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "graph_nodes/FXGraphViewNode.h"
@@ -119,6 +120,9 @@ public:
   int createViewNodeRecs();
   int createViewNodeRecs(const IdStamp& root, int rootIndex);
   int createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex);
+  int makeViewNodesOnce(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex,
+                        std::unordered_set<const FXGraphNodeBase*>& met);
+  void settleEditability(EditGraphIterator& at, bool lockedAbove, std::unordered_set<const FXGraphNodeBase*>& met);
   Ux::Ptr<FXGraphViewNode> createViewNode(EditGraphIterator& at);
   std::vector<IdStamp> getRoots();
   void getAllNodes(Vector<IdStamp>& out) const;

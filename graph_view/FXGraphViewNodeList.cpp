@@ -4,6 +4,7 @@
 // connections, the manual column); whole trees moved; queries.
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
 #include "graph_view/FXGraphView.h"
@@ -112,14 +113,33 @@ int FXGraphView::createViewNodeRecs(const IdStamp& root, int rootIndex) {
   return createViewNodeRecsInternal(at, nullptr, rootIndex);
 }
 
+// The graph under a root is met once per node, not once per path: a walk
+// that met every path would repeat the subtree of a shared input for each
+// path that reaches it, which grows with two to the power of the depth on a
+// chain of nodes that each take one input twice. What a path walk leaves
+// behind is kept exactly:
+// - nodes are made in the order paths first reach them (depth first, inputs
+//   in order), which is the order in which a walk that visits each node once
+//   reaches them, and output tables fill in the order wires are first crossed;
+// - a node's editability is that of the last path to reach it, the greatest
+//   in input order, which a second walk trying inputs from the last finds first;
+// - a cycle is connected where it closes and not descended into.
 int FXGraphView::createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex) {
+  std::unordered_set<const FXGraphNodeBase*> met;
+  const int created = makeViewNodesOnce(at, parent, rootIndex, met);
+  met.clear();
+  settleEditability(at, false, met);
+  return created;
+}
+
+int FXGraphView::makeViewNodesOnce(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex,
+                                   std::unordered_set<const FXGraphNodeBase*>& met) {
   Ux::Ptr<FXGraphNodeBase> graphNode = at.getNode();
   if (!graphNode) return 0;
   int created = 0;
   Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId());
   if (node) {
     node->ensureNodeHValid();
-    node->determineConnectionEditability(at);
   } else {
     node = createViewNode(at);
     // Every shown node has its record in the edit's position manager: the
@@ -133,15 +153,28 @@ int FXGraphView::createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNo
   // The last root that reaches a shared node wins.
   node->setRootIndex(rootIndex);
   if (parent) parent->connectInput(at.getParentInputNum(), node.get());
-  // A cycle closes here: connected, not descended into again.
-  for (int d = at.getDepth() - 1; d >= 0; --d)
-    if (at.getNode(d) == graphNode) return created;
+  if (!met.insert(graphNode.get()).second) return created;
   for (unsigned i = 0; i < graphNode->getNumInputs(); ++i) {
     if (!at.moveToInput(static_cast<int>(i))) continue;
-    created += createViewNodeRecsInternal(at, node.get(), rootIndex);
+    created += makeViewNodesOnce(at, node.get(), rootIndex, met);
     at.moveBack();
   }
   return created;
+}
+
+void FXGraphView::settleEditability(EditGraphIterator& at, bool lockedAbove,
+                                    std::unordered_set<const FXGraphNodeBase*>& met) {
+  Ux::Ptr<FXGraphNodeBase> graphNode = at.getNode();
+  if (!graphNode || !met.insert(graphNode.get()).second) return;
+  if (Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId()))
+    node->determineConnectionEditability(lockedAbove);
+  const auto* effect = dynamic_cast<const EffectInstance*>(graphNode.get());
+  const bool locked = lockedAbove || (effect && !effect->isConnectionEditable());
+  for (int i = static_cast<int>(graphNode->getNumInputs()) - 1; i >= 0; --i) {
+    if (!at.moveToInput(i)) continue;
+    settleEditability(at, locked, met);
+    at.moveBack();
+  }
 }
 
 Ux::Ptr<FXGraphViewNode> FXGraphView::createViewNode(EditGraphIterator& at) {

@@ -9,7 +9,9 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <set>
+#include <unordered_map>
 
 #include <cairo.h>
 
@@ -207,18 +209,80 @@ void applyLUT(UxImage& image, const ViewLUT& lut) {
 // render, so the depth bounds the memory a still takes.
 constexpr int maxInputDepth = 64;
 
+// A node's picture depends on the node and the time, not on the path that
+// reached it, so the walk keeps each picture it makes and a node shared by
+// several inputs is rendered once (a chain of nodes each taking the same
+// input twice costs its length, not two to that power). Two things do depend
+// on the path, and the walk keeps them exact: a cycle shows black where it
+// closes (graphs with a cycle are walked path by path, unremembered), and
+// inputs deeper than maxInputDepth show black (a kept picture is reused only
+// where its inputs stay within that depth).
 class Walk {
 public:
   explicit Walk(const RenderContext& context)
       : at_(context.iterator()), top_(at_.getDepth()), w_(context.format().width), h_(context.format().height),
-        aspect_(context.format().aspect > 0 ? context.format().aspect : double(w_) / h_), arc_(context.arc()) {}
+        aspect_(context.format().aspect > 0 ? context.format().aspect : double(w_) / h_), arc_(context.arc()),
+        remember_(!hasCycleBelow(at_)) {}
 
   Image node() {
+    height_ = 0;
+    lastCut_ = false;
     Ux::Ptr<FXGraphNodeBase> here = at_.getNode();
     if (!here) return blank(w_, h_);
     // A node already on the path above closes a cycle: it shows black there.
     for (int d = 0; d < at_.getDepth(); ++d)
       if (at_.getNode(d) == here) return blank(w_, h_);
+    const int depth = at_.getDepth() - top_;
+    if (remember_) {
+      const auto kept = pictures_.find(here.get());
+      if (kept != pictures_.end() && (kept->second.height == 0 || depth + kept->second.height < maxInputDepth)) {
+        height_ = kept->second.height;
+        return kept->second.picture;
+      }
+    }
+    const int outerHeight = heightSoFar_;
+    const bool outerCut = cutDeep_;
+    heightSoFar_ = 0;
+    cutDeep_ = false;
+    Image picture = make(here);
+    const int height = heightSoFar_;
+    const bool cut = cutDeep_;
+    heightSoFar_ = outerHeight;
+    cutDeep_ = outerCut;
+    // A picture cut short by the depth limit is this path's alone.
+    if (remember_ && !cut) pictures_[here.get()] = Kept{picture, height};
+    height_ = height;
+    lastCut_ = cut;
+    return picture;
+  }
+
+private:
+  struct Kept {
+    Image picture;
+    int height; // the longest run of inputs below the node that it used
+  };
+
+  // Whether the graph under the iterator's node closes a cycle anywhere.
+  static bool hasCycleBelow(EditGraphIterator at) {
+    std::unordered_map<const FXGraphNodeBase*, bool> done; // false while on the path
+    std::function<bool()> visit = [&]() {
+      const Ux::Ptr<FXGraphNodeBase> n = at.getNode();
+      if (!n) return false;
+      const auto [it, fresh] = done.try_emplace(n.get(), false);
+      if (!fresh) return !it->second;
+      for (unsigned i = 0; i < n->getNumInputs(); ++i) {
+        if (!at.moveToInput(static_cast<int>(i))) continue;
+        const bool cycle = visit();
+        at.moveBack();
+        if (cycle) return true;
+      }
+      done[n.get()] = true;
+      return false;
+    };
+    return at.isValid() && visit();
+  }
+
+  Image make(const Ux::Ptr<FXGraphNodeBase>& here) {
     const double t = at_.getTime();
 
     if (auto* m = dynamic_cast<MaterialUsageNode*>(here.get())) {
@@ -251,11 +315,14 @@ private:
     if (at_.getDepth() - top_ >= maxInputDepth) {
       if (!tooDeepTold_) debugPrintf("Still: inputs deeper than %d steps show black\n", maxInputDepth);
       tooDeepTold_ = true;
+      cutDeep_ = true;
       return blank(w_, h_);
     }
     if (!at_.moveToInput(i)) return blank(w_, h_);
     Image picture = node();
     at_.moveBack();
+    heightSoFar_ = std::max(heightSoFar_, height_ + 1);
+    cutDeep_ = cutDeep_ || lastCut_;
     return picture;
   }
   std::string path(const std::string& file) const {
@@ -270,6 +337,12 @@ private:
   double aspect_;
   ARCSettings arc_;
   bool tooDeepTold_ = false;
+  bool remember_;
+  std::unordered_map<const FXGraphNodeBase*, Kept> pictures_;
+  int height_ = 0;       // of the node just made or found
+  bool lastCut_ = false; // whether it met the depth limit
+  int heightSoFar_ = 0;  // of the inputs of the node being made
+  bool cutDeep_ = false; // whether the node being made met the depth limit
 };
 
 } // namespace

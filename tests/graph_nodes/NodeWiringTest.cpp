@@ -89,4 +89,28 @@ TEST_F(NodeWiring, LockedEffectsAndAliasesLimitEditing) {
   EXPECT_FALSE(fx.node(belowLock)->isOutputEditable(1));
 }
 
+// A node shared by a locked and an open branch of one tree takes the rule of
+// the last path that reaches it: the one through the later input.
+TEST(SharedNodeEditability, TheLastPathToASharedNodeDecides) {
+  for (bool lockedFirst : {true, false}) {
+    SCOPED_TRACE(lockedFirst ? "locked branch first" : "open branch first");
+    const IdStamp shared(3, 0, 1), lockedBranch(2, 0, 2), openBranch(2, 0, 3), root(2, 0, 1);
+    EditBuilder b;
+    b.material(shared);
+    b.effect(lockedBranch, "colourcorrect", {shared})->setConnectionEditable(false);
+    b.effect(openBranch, "colourcorrect", {shared});
+    if (lockedFirst)
+      b.effect(root, "mix", {lockedBranch, openBranch});
+    else
+      b.effect(root, "mix", {openBranch, lockedBranch});
+    b.channel(IdStamp(1, 0, 1), L"V1", root);
+    ViewFixture fx{b.edit()};
+    Ux::Ptr<FXGraphViewNode> n = fx.node(shared);
+    ASSERT_TRUE(n);
+    EXPECT_EQ(n->inputsEditable(), lockedFirst);
+    EXPECT_EQ(n->outputEditable(), lockedFirst);
+    EXPECT_EQ(n->outputTable().size(), 2u) << "one wire to each branch";
+  }
+}
+
 } // namespace
