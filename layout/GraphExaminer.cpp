@@ -1,11 +1,199 @@
 #include "layout/GraphExaminer.h"
 
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <unordered_map>
+
 GraphExaminer::GraphExaminer(NodeUIPosSource& source) : source_(source) {}
 
 void GraphExaminer::examine(EditGraphIterator& iterator) {
+  if (!walkEveryPath_ && examineStructure(iterator)) return;
+  // A graph that closes a cycle is walked path by path: what it gives there
+  // depends on the paths themselves.
   startAt(iterator);
   applyToTree(iterator, *this);
   buildLevels();
+}
+
+void GraphExaminer::examinePathByPath(EditGraphIterator& iterator) {
+  startAt(iterator);
+  applyToTree(iterator, *this);
+  buildLevels();
+}
+
+// The path walk's result, from the graph's structure. The walk meets a node
+// once per path from the start, in input order, so its meetings of a node
+// come in the order of those paths' input indices, compared as words:
+// - the first meeting is the first path a depth-first walk that visits each
+//   node once finds, so first meetings come in that walk's order;
+// - the node's level is its longest path;
+// - its parent is decided by its longest paths: met deeper than at first, by
+//   the first of them; met at its deepest level first, by the second of them
+//   when that comes through another parent.
+// So each node needs its longest-path length and the first two of its
+// longest paths in word order, which a pass per level finds from the first
+// two of its parents', ranked among all kept paths of the level above.
+bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
+  records_.clear();
+  levels_.clear();
+  firstMet_.clear();
+  baseDepth_ = iterator.getDepth() + 1;
+  if (!iterator.isValid()) return true;
+  const Ux::Ptr<FXGraphNodeBase> start = iterator.getNode();
+  if (!start || !start->getId().valid()) return true;
+
+  struct Edge {
+    int from, to, slot;
+  };
+  struct Node {
+    Ux::Ptr<FXGraphNodeBase> node;
+    int parent = -1, slot = -1, firstLevel = 0; // the first meeting
+    int level = 0;                              // the longest path
+    std::vector<Edge> in;                       // in the order the walk crosses them
+  };
+  std::vector<Node> nodes;
+  std::vector<int> finished; // nodes in the order their inputs were done
+  std::unordered_map<IdStamp, int> index;
+  std::unordered_map<IdStamp, bool> onPath; // nodes above the start count as on the path
+  for (int d = iterator.getDepth() - 1; d >= 0; --d)
+    if (const Ux::Ptr<FXGraphNodeBase> above = iterator.getNode(d)) onPath[above->getId()] = true;
+
+  // One visit per node, depth first, inputs in order; false on a cycle.
+  bool acyclic = true;
+  std::function<void(int)> visit = [&](int here) {
+    const Ux::Ptr<FXGraphNodeBase> node = nodes[static_cast<std::size_t>(here)].node;
+    onPath[node->getId()] = true;
+    for (unsigned i = 0; i < node->getNumInputs() && acyclic; ++i) {
+      if (!iterator.moveToInput(static_cast<int>(i))) continue;
+      const Ux::Ptr<FXGraphNodeBase> input = iterator.getNode();
+      if (input && input->getId().valid()) {
+        const IdStamp id = input->getId();
+        if (const auto on = onPath.find(id); on != onPath.end() && on->second) {
+          acyclic = false;
+        } else {
+          auto [it, fresh] = index.try_emplace(id, static_cast<int>(nodes.size()));
+          if (fresh) {
+            Node made;
+            made.node = input;
+            made.parent = here;
+            made.slot = static_cast<int>(i);
+            made.firstLevel = nodes[static_cast<std::size_t>(here)].firstLevel + 1;
+            nodes.push_back(std::move(made));
+          }
+          nodes[static_cast<std::size_t>(it->second)].in.push_back({here, it->second, static_cast<int>(i)});
+          if (fresh) visit(it->second);
+        }
+      }
+      iterator.moveBack();
+    }
+    onPath[node->getId()] = false;
+    finished.push_back(here);
+  };
+  Node root;
+  root.node = start;
+  nodes.push_back(std::move(root));
+  index.emplace(start->getId(), 0);
+  visit(0);
+  if (!acyclic) return false;
+
+  // Longest paths, in topological order (the reverse of finishing order).
+  int deepest = 0;
+  std::vector<std::vector<int>> outgoing(nodes.size());
+  for (const Node& n : nodes)
+    for (const Edge& e : n.in) outgoing[static_cast<std::size_t>(e.from)].push_back(e.to);
+  for (auto it = finished.rbegin(); it != finished.rend(); ++it) {
+    const Node& from = nodes[static_cast<std::size_t>(*it)];
+    for (int to : outgoing[static_cast<std::size_t>(*it)]) {
+      Node& n = nodes[static_cast<std::size_t>(to)];
+      n.level = std::max(n.level, from.level + 1);
+      deepest = std::max(deepest, n.level);
+    }
+  }
+
+  // The first two longest paths of each node, level by level. A kept path is
+  // its rank among the kept paths of its level and its last step.
+  struct Path {
+    long long rank = 0;
+    int from = -1, slot = -1;
+  };
+  std::vector<std::vector<int>> byLevel(static_cast<std::size_t>(deepest) + 1);
+  for (std::size_t i = 0; i < nodes.size(); ++i)
+    byLevel[static_cast<std::size_t>(nodes[i].level)].push_back(static_cast<int>(i));
+  std::vector<std::array<Path, 2>> kept(nodes.size());
+  std::vector<int> keptCount(nodes.size(), 0);
+  keptCount[0] = 1;
+  for (std::size_t k = 1; k < byLevel.size(); ++k) {
+    struct Candidate {
+      long long prefix; // the rank of the path to the parent
+      int slot, from, to;
+    };
+    std::vector<Candidate> ranked;
+    for (int to : byLevel[k]) {
+      std::array<Candidate, 2> best{};
+      int count = 0;
+      for (const Edge& e : nodes[static_cast<std::size_t>(to)].in) {
+        if (nodes[static_cast<std::size_t>(e.from)].level + 1 != static_cast<int>(k)) continue;
+        for (int j = 0; j < keptCount[static_cast<std::size_t>(e.from)]; ++j) {
+          const Candidate c{kept[static_cast<std::size_t>(e.from)][static_cast<std::size_t>(j)].rank, e.slot, e.from,
+                            to};
+          auto before = [](const Candidate& a, const Candidate& b) {
+            return a.prefix != b.prefix ? a.prefix < b.prefix : a.slot < b.slot;
+          };
+          if (count < 2) {
+            best[static_cast<std::size_t>(count++)] = c;
+            if (count == 2 && before(best[1], best[0])) std::swap(best[0], best[1]);
+          } else if (before(c, best[1])) {
+            best[1] = c;
+            if (before(best[1], best[0])) std::swap(best[0], best[1]);
+          }
+        }
+      }
+      for (int j = 0; j < count; ++j) ranked.push_back(best[static_cast<std::size_t>(j)]);
+    }
+    std::sort(ranked.begin(), ranked.end(), [](const Candidate& a, const Candidate& b) {
+      return a.prefix != b.prefix ? a.prefix < b.prefix : a.slot < b.slot;
+    });
+    for (std::size_t r = 0; r < ranked.size(); ++r) {
+      const Candidate& c = ranked[r];
+      int& count = keptCount[static_cast<std::size_t>(c.to)];
+      kept[static_cast<std::size_t>(c.to)][static_cast<std::size_t>(count++)] = {static_cast<long long>(r), c.from,
+                                                                                 c.slot};
+    }
+  }
+
+  // The records, in order of first meeting (the visit's order of making).
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const Node& n = nodes[i];
+    NodeInfo info;
+    info.depth = n.level;
+    info.node = n.node;
+    info.record = source_.getPosRecForNode(n.node->getId());
+    if (i > 0) {
+      const Path& first = kept[i][0];
+      int parent = n.parent, slot = n.slot;
+      if (n.firstLevel < n.level) {
+        // Met deeper later: the first deepest path takes it over.
+        parent = first.from;
+        slot = first.slot;
+        info.parentDepth = n.level - 1;
+      } else if (keptCount[i] > 1) {
+        // Met at its deepest first: the second deepest meeting marks it, and
+        // moves it when it comes through another parent.
+        info.parentDepth = n.level - 1;
+        if (kept[i][1].from != n.parent) {
+          parent = kept[i][1].from;
+          slot = kept[i][1].slot;
+        }
+      }
+      info.parent = nodes[static_cast<std::size_t>(parent)].node;
+      info.inputIndex = slot;
+    }
+    records_.emplace(n.node->getId(), std::move(info));
+    firstMet_.push_back(n.node->getId());
+  }
+  buildLevels();
+  return true;
 }
 
 void GraphExaminer::startAt(const EditGraphIterator& start) {

@@ -62,8 +62,15 @@ public:
   explicit GraphExaminer(NodeUIPosSource& source);
 
   // Walks the tree under the iterator's node and files the nodes by level.
-  // Forgets any earlier examination first.
+  // Forgets any earlier examination first. The result is that of the path
+  // walk below (applyToTree with this examiner), found in time that grows
+  // with the nodes and wires rather than with the paths.
   void examine(EditGraphIterator& iterator);
+  // The same by walking every path (what examine gives, the slow way).
+  void examinePathByPath(EditGraphIterator& iterator);
+  // Makes every examine() walk every path, so that a layout can be compared
+  // with the one the path walk gives. Off unless a comparison turns it on.
+  static void setWalkEveryPath(bool on) noexcept { walkEveryPath_ = on; }
 
   // For a walk driven by hand: sets the level 0 depth from the iterator at
   // the start node and forgets earlier records. Call buildLevels() after.
@@ -81,6 +88,10 @@ public:
   const std::vector<IdStamp>& firstMet() const noexcept { return firstMet_; }
 
 private:
+  // examine() for a graph without cycles; false, having found one.
+  bool examineStructure(EditGraphIterator& iterator);
+
+  static inline bool walkEveryPath_ = false;
   std::map<IdStamp, NodeInfo> records_;
   // Path length (host depth + 1) at the start node, so that it gets level 0.
   int baseDepth_ = 1;
