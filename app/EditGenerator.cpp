@@ -70,7 +70,82 @@ private:
   unsigned count_ = 0;
 };
 
+// One output over a tree grown as compositing trees grow: an expanded node
+// takes 1, 2, 3 or 4 inputs (probabilities 0.55, 0.33, 0.10, 0.02); the node
+// expanded next is the newest open one with probability 0.6, else any open
+// one; no deeper than 20; nodes never expanded are sources. Then nodes/100
+// extra inputs from a node to a deeper existing one (shared inputs, still
+// without cycles).
+IdStamp deepTree(Edit& edit, unsigned nodes, Dice& dice) {
+  struct Made {
+    Ux::Ptr<EffectInstance> effect; // null while a source
+    IdStamp id;
+    unsigned depth;
+  };
+  std::vector<Made> made;
+  std::vector<std::size_t> open; // expandable, by index into made
+  auto id = [&] { return IdStamp(2, 0, static_cast<uint32_t>(made.size() + 1)); };
+  made.push_back({nullptr, id(), 0});
+  open.push_back(0);
+  while (made.size() < nodes && !open.empty()) {
+    const std::size_t pick = dice.unit() < 0.6 ? open.size() - 1 : dice.below(static_cast<unsigned>(open.size()));
+    const std::size_t at = open[pick];
+    open.erase(open.begin() + static_cast<std::ptrdiff_t>(pick));
+    const double roll = dice.unit();
+    const unsigned inputs = roll < 0.55 ? 1 : roll < 0.88 ? 2 : roll < 0.98 ? 3 : 4;
+    const unsigned kind = inputs == 1 ? 3 + dice.below(3) : dice.below(3);
+    Ux::Ptr<EffectInstance> effect(new EffectInstance(made[at].id, toWide(effectNames[kind]), effectTags[kind]));
+    effect->setNumInputs(inputs);
+    made[at].effect = effect;
+    for (unsigned i = 0; i < inputs && made.size() < nodes; ++i) {
+      made.push_back({nullptr, id(), made[at].depth + 1});
+      effect->setInputTrackId(i, made.back().id, false);
+      if (made.back().depth < 20) open.push_back(made.size() - 1);
+    }
+  }
+  // Sources: test cards and mattes.
+  for (Made& m : made) {
+    if (m.effect) {
+      edit.addNode(m.effect);
+    } else if (dice.below(4) == 0) {
+      edit.addNode(Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(
+          m.id, L"Matte", ComplexBackgroundEffect::Mode::flat, Colour(dice.unit(), dice.unit(), dice.unit()))));
+    } else {
+      edit.addNode(Ux::Ptr<FXGraphNodeBase>(new MaterialUsageNode(m.id, L"Clip " + toWide(std::to_string(m.id.third())),
+                                                                  MaterialUsageNode::Media::testCard,
+                                                                  testCards[dice.below(3)])));
+    }
+  }
+  // Shared inputs: an effect's extra input to a node made later, hence
+  // deeper or beside it, never above it.
+  for (unsigned k = 0; k < nodes / 100 && made.size() > 2; ++k) {
+    const std::size_t from = dice.below(static_cast<unsigned>(made.size() - 1));
+    if (!made[from].effect) continue;
+    const std::size_t to = from + 1 + dice.below(static_cast<unsigned>(made.size() - from - 1));
+    Ux::Ptr<EffectInstance> effect = made[from].effect;
+    effect->setNumInputs(effect->getNumInputs() + 1);
+    effect->setInputTrackId(effect->getNumInputs() - 1, made[to].id, false);
+  }
+  return made.front().id;
+}
+
 } // namespace
+
+EditPtr generateDeepEdit(unsigned nodes, uint64_t seed) {
+  Dice cookieDice(seed ^ 0x9e3779b97f4a7c15ull);
+  Cookie::Bytes id{};
+  for (auto& b : id) b = static_cast<uint8_t>(cookieDice.below(256));
+  id[0] |= 1;
+  EditPtr edit(new Edit(Cookie(id, Cookie::editKind, 0), L"Generated"));
+  Dice dice(seed);
+  EditChannel channel;
+  channel.id = IdStamp(1, 0, 1);
+  channel.name = L"V1";
+  channel.group = channel.name;
+  channel.cels.push_back({0, 60, Cel::Kind::graph, deepTree(*edit, std::max(1u, nodes), dice)});
+  edit->addChannel(std::move(channel));
+  return edit;
+}
 
 EditPtr generateEdit(unsigned nodes, uint64_t seed, unsigned treeSize) {
   Dice cookieDice(seed ^ 0x9e3779b97f4a7c15ull);
@@ -98,7 +173,7 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
   unsigned long nodes = 0;
   unsigned long treeSize = 40;
   unsigned long long seed = 1;
-  std::string out;
+  std::string out, shape = "forest";
   for (int i = 0; i < argc; ++i) {
     const std::string arg = argv[i];
     if ((arg == "--nodes" || arg == "--seed" || arg == "--tree-size") && i + 1 < argc) {
@@ -114,10 +189,16 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
         treeSize = static_cast<unsigned long>(v);
       else
         seed = v;
+    } else if (arg == "--shape" && i + 1 < argc) {
+      shape = argv[++i];
+      if (shape != "deep" && shape != "forest") {
+        message = "fxgraph gen-edit: --shape is deep or forest";
+        return 2;
+      }
     } else if (out.empty() && !arg.starts_with("--")) {
       out = arg;
     } else {
-      message = "usage: fxgraph gen-edit --nodes N --seed S [--tree-size K] OUT";
+      message = "usage: fxgraph gen-edit --nodes N --seed S [--tree-size K] [--shape deep|forest] OUT";
       return 2;
     }
   }
@@ -125,7 +206,11 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
     message = "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S [--tree-size K] OUT";
     return 2;
   }
-  EditPtr edit = generateEdit(static_cast<unsigned>(nodes), seed, static_cast<unsigned>(std::min(treeSize, nodes)));
+  EditPtr edit = shape == "deep" ? generateDeepEdit(static_cast<unsigned>(nodes), seed)
+                                 : generateEdit(static_cast<unsigned>(nodes), seed,
+                                                static_cast<unsigned>(std::min(treeSize, nodes)));
+  // A deep tree stops growing where no node is left to expand.
+  const std::size_t made = edit->allNodes().size();
   std::string error;
   const bool saved = EditFile::save(edit, out, error);
   edit->close();
@@ -133,7 +218,7 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
     message = "fxgraph: " + error;
     return 1;
   }
-  message = "wrote " + out + " with " + std::to_string(nodes) + " graph nodes";
+  message = "wrote " + out + " with " + std::to_string(made) + " graph nodes";
   return 0;
 }
 

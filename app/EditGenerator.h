@@ -12,7 +12,11 @@ namespace fxgraph {
 // same for the same seed.
 EditPtr generateEdit(unsigned nodes, uint64_t seed, unsigned treeSize = 40);
 
-// `fxgraph gen-edit --nodes N --seed S [--tree-size K] OUT`. Returns the exit status.
+// One output node over a tree grown as compositing trees grow, with about
+// one shared input a hundred nodes (acyclic); the same for the same seed.
+EditPtr generateDeepEdit(unsigned nodes, uint64_t seed);
+
+// `fxgraph gen-edit --nodes N --seed S [--tree-size K] [--shape deep|forest] OUT`. Returns the exit status.
 int runGenEditCommand(int argc, const char* const* argv, std::string& message);
 
 } // namespace fxgraph

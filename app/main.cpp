@@ -18,7 +18,7 @@ const char* usage =
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
-    "  fxgraph gen-edit --nodes N --seed S OUT   write a generated edit of about N graph nodes\n"
+    "  fxgraph gen-edit --nodes N --seed S [--shape deep] OUT   write a generated edit of about N graph nodes\n"
     "  fxgraph --version | --help\n";
 
 } // namespace
