@@ -63,7 +63,7 @@ FXGraphViewNode::FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at)
   NodeUIRecClient::registerWith(&pos_);
   ownX_.registerWith(&pos_.drawX());
   ownY_.registerWith(&pos_.drawY());
-  determineConnectionEditability(at);
+  if (held_ == 0) determineConnectionEditability(at);
 }
 
 FXGraphViewNode::~FXGraphViewNode() {

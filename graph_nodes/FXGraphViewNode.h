@@ -125,6 +125,15 @@ public:
   const std::map<int, NodeInfoT>& inputTable() const noexcept { return inputs_; }
   const std::map<int, NodeInfoT>& outputTable() const noexcept { return outputs_; }
   void determineConnectionEditability(const EditGraphIterator& at);
+  // While one lives, nodes made leave their editability to the one who makes
+  // them (the view's walk settles it for every node once it knows the paths),
+  // rather than climbing the path at every node.
+  struct GRPHTOOL_API EditabilityLater {
+    EditabilityLater() noexcept { ++held_; }
+    ~EditabilityLater() { --held_; }
+    EditabilityLater(const EditabilityLater&) = delete;
+    EditabilityLater& operator=(const EditabilityLater&) = delete;
+  };
   // The same rule with what the path holds already known: whether an effect
   // locked against rewiring lies above the node on its path. For walks that
   // carry that along instead of climbing the path at every node.
@@ -178,6 +187,7 @@ protected:
   EditPtr edit_;
   PixelBox pixelBox_;
   PixelBox thumbBox_;
+  static inline int held_ = 0; // EditabilityLater guards alive (UI thread)
   bool inputsEditable_ = true;
   bool outputEditable_ = true;
   double lastThumbTime_ = 1e99;

@@ -251,6 +251,9 @@ private:
   // The focused edit's position manager, fetched once per focus.
   mutable Ux::Ptr<NodeUIPosManager> manager_;
   ValServer<bool> manualPositioning_{true};
+  // While the node list is rebuilt: the node that heads each channel at the
+  // time, to the channel (first in channel order).
+  const std::unordered_map<IdStamp, IdStamp>* headsDuringRebuild_ = nullptr;
   std::map<std::pair<IdStamp, int>, XY<double>> channelCache_;
   Ux::Ptr<FXGraphViewNode> extremes_[4];
   unsigned tidies_ = 0;

@@ -46,6 +46,20 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   }
   canvas().resetClipRect();
   anchor_.reset();
+  // The heads of the channels at the time, found once: every root's iterator
+  // is asked for during the rebuild, and the edit does not change meanwhile.
+  std::unordered_map<IdStamp, IdStamp> heads;
+  if (edit_)
+    for (int c = 0; c < edit_->getNumChans(); ++c) {
+      const EditChannel& channel = edit_->getChan(c);
+      if (const Cel* cel = channel.celAt(currentTime()); cel && cel->kind == Cel::Kind::graph)
+        heads.try_emplace(cel->ref, channel.id);
+    }
+  headsDuringRebuild_ = &heads;
+  struct Forget {
+    const std::unordered_map<IdStamp, IdStamp>*& heads;
+    ~Forget() { heads = nullptr; }
+  } forget{headsDuringRebuild_};
   // 3. The manager's records changed by the rebuild must not re-enter the view.
   Ux::Ptr<NodeUIPosManager> manager = positionManager();
   if (manager) manager->suspendNotifications();
@@ -102,6 +116,8 @@ int FXGraphView::createViewNodeRecs() {
   if (manager) manager->suspendNotifications();
   int created = 0;
   const std::vector<IdStamp> roots = getRoots();
+  // Nodes made here settle their editability once the walk knows their paths.
+  FXGraphViewNode::EditabilityLater later;
   for (std::size_t i = 0; i < roots.size(); ++i) created += createViewNodeRecs(roots[i], static_cast<int>(i));
   if (manager) manager->resumeNotifications();
   return created;
@@ -458,6 +474,12 @@ EditGraphIterator FXGraphView::getIteratorFor(const IdStamp& id, int flags) cons
   if (!edit_) return {};
   // A channel's id gives its graph at the time.
   if (edit_->findChan(id) >= 0) return EditGraphIterator::atChannel(edit_, currentTime(), id);
+  // A node that heads a channel starts there, as the iterator's own search
+  // would find it; during a rebuild the heads are known already.
+  constexpr int headFirst = EditGraphIterator::positionAtNode | EditGraphIterator::headsFirst;
+  if (headsDuringRebuild_ && (flags & headFirst) == headFirst)
+    if (const auto head = headsDuringRebuild_->find(id); head != headsDuringRebuild_->end() && edit_->openNode(id))
+      return EditGraphIterator::atChannel(edit_, currentTime(), head->second);
   return EditGraphIterator(edit_, currentTime(), id, flags);
 }
 

@@ -47,9 +47,14 @@ double Edit::wholeFrame(double t) const {
 }
 
 int Edit::findChan(const IdStamp& id) const {
-  for (std::size_t i = 0; i < channels_.size(); ++i)
-    if (channels_[i].id == id) return static_cast<int>(i);
-  return -1;
+  const auto it = chanIndex_.find(id);
+  return it == chanIndex_.end() ? -1 : it->second;
+}
+
+void Edit::addChannel(EditChannel channel) {
+  // The first channel of an id is the one found, as a search in order finds it.
+  chanIndex_.try_emplace(channel.id, static_cast<int>(channels_.size()));
+  channels_.push_back(std::move(channel));
 }
 
 IdStamp Edit::getChanId(int index) const {
@@ -155,6 +160,8 @@ Edit::Snapshot Edit::takeSnapshot() const {
 
 void Edit::restore(const Snapshot& s) {
   channels_ = s.channels;
+  chanIndex_.clear();
+  for (std::size_t i = 0; i < channels_.size(); ++i) chanIndex_.try_emplace(channels_[i].id, static_cast<int>(i));
   tags_.clear();
   // Copies again, so that the snapshot stays as it was for a later redo/undo.
   for (const auto& node : s.nodes) addNode(node->cloneNode());

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -68,7 +69,8 @@ public:
   IdStamp getChanId(int index) const;
   // 1 video, 2 audio, 0 for no such channel.
   int getChanType(const IdStamp& id) const;
-  void addChannel(EditChannel channel) { channels_.push_back(std::move(channel)); }
+  // Channels are added whole; a channel's id is not changed in place.
+  void addChannel(EditChannel channel);
   // A channel's name for display. Style 1 is the short name ("V1"); style 3
   // adds the kind ("V1 (video)").
   LightweightString<wchar_t> getChanDisplayName(const IdStamp& id, int style) const;
@@ -136,6 +138,8 @@ private:
   VideoMetadata video_;
   std::string folder_;
   std::vector<EditChannel> channels_;
+  // Channel ids to their index, so that walks find channels in constant time.
+  std::unordered_map<IdStamp, int> chanIndex_;
   TagBag tags_;
   std::map<LightweightString<char>, Ux::Ptr<Taggable>> bound_;
   NotifierEx<EditModifications> modifications_;
