@@ -63,48 +63,10 @@ bool FXGraphTidier::tidyTreeStruct(EditGraphIterator& iterator, double x, double
 
   GraphExaminer examiner(source_);
   examiner.examine(iterator);
-  const auto& levels = examiner.levels();
-  const double spacing = breadthSpacing_;
-
-  // Each node relative to its parent: one depth spacing further out, siblings
-  // one spacing apart with the first input at the positive end, the set
-  // centred on the parent.
-  std::map<IdStamp, GraphExaminer::RelPos> relPos;
-  for (const auto& level : levels) {
-    for (const GraphExaminer::NodeInfo& info : level) {
-      if (!info.parent) {
-        relPos[info.node->getId()] = {nullptr, x, y};
-        continue;
-      }
-      const GraphExaminer::NodeInfo* parentInfo = examiner.find(info.parent->getId());
-      const uint64_t siblings = distinctInputTracks(*info.parent);
-      const double breadth = static_cast<double>(siblings - 1) * spacing * 0.5 - info.inputIndex * spacing;
-      relPos[info.node->getId()] = {parentInfo ? parentInfo->record : nullptr, depthSpacing_, breadth};
-    }
-  }
-  const VidRouting::Orientations::Orientation orientation = source_.getOrientation();
-  storeAbsNodePositions(examiner, relPos, orientation);
-
-  // Cousins can land on each other. Per level, the first pair too close
-  // spreads the parents' level by half a spacing each way about the first
-  // pair member's parent; the two levels nearest the root are left alone.
-  for (std::size_t k = 2; k < levels.size(); ++k) {
-    const auto& level = levels[k];
-    for (std::size_t j = 0; j + 1 < level.size(); ++j) {
-      if (!overlap(level[j].record, level[j + 1].record)) continue;
-      if (level[j].parent->getId() != level[j + 1].parent->getId()) {
-        bool pastParent = false;
-        for (const GraphExaminer::NodeInfo& upper : levels[k - 1]) {
-          const auto rel = relPos.find(upper.node->getId());
-          if (rel != relPos.end()) rel->second.breadthOffset += pastParent ? -0.5 * spacing : 0.5 * spacing;
-          if (upper.node->getId() == level[j].parent->getId()) pastParent = true;
-        }
-        storeAbsNodePositions(examiner, relPos, orientation);
-      }
-      break;
-    }
-  }
-
+  if (GraphExaminer::walksEveryPath() || !parentsOneLevelUp(examiner))
+    placeLevelsAgainEachTime(examiner, x, y);
+  else
+    placeLevelByLevel(examiner, x, y);
   for (const auto& [id, info] : examiner.records()) {
     if (!info.record) continue;
     const XY<double> p = info.record->getDrawPosition();
@@ -120,6 +82,100 @@ bool FXGraphTidier::tidyTreeStruct(EditGraphIterator& iterator, double x, double
   return true;
 }
 
+// Whether every node's parent lies on the level just above it, as in every
+// graph without a cycle; placing level by level relies on it.
+bool FXGraphTidier::parentsOneLevelUp(const GraphExaminer& examiner) {
+  for (const auto& [id, info] : examiner.records()) {
+    if (!info.parent) continue;
+    const GraphExaminer::NodeInfo* parent = examiner.find(info.parent->getId());
+    if (!parent || parent->depth != info.depth - 1) return false;
+  }
+  return true;
+}
+
+GraphExaminer::RelPos FXGraphTidier::relativePosition(const GraphExaminer& examiner,
+                                                      const GraphExaminer::NodeInfo& info, double x, double y) const {
+  // Each node relative to its parent: one depth spacing further out, siblings
+  // one spacing apart with the first input at the positive end, the set
+  // centred on the parent.
+  if (!info.parent) return {nullptr, x, y};
+  const GraphExaminer::NodeInfo* parentInfo = examiner.find(info.parent->getId());
+  const uint64_t siblings = distinctInputTracks(*info.parent);
+  const double breadth = static_cast<double>(siblings - 1) * breadthSpacing_ * 0.5 - info.inputIndex * breadthSpacing_;
+  return {parentInfo ? parentInfo->record : nullptr, depthSpacing_, breadth};
+}
+
+// Cousins can land on each other. Per level, the first pair too close
+// spreads the parents' level by half a spacing each way about the first
+// pair member's parent; the two levels nearest the root are left alone.
+//
+// A level's places follow from the level above and its own offsets, and a
+// spread changes only the level above and what lies below it, so each level
+// is placed when it is first looked at and placed again only after a spread
+// of the level above it: the places are those of placing every level again
+// after every spread, and the work grows with the nodes, not with nodes
+// times levels.
+void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, double y) {
+  const auto& levels = examiner.levels();
+  const double spacing = breadthSpacing_;
+  const VidRouting::Orientations::Orientation orientation = source_.getOrientation();
+  std::vector<std::vector<GraphExaminer::RelPos>> rel(levels.size());
+  for (std::size_t k = 0; k < levels.size(); ++k)
+    for (const GraphExaminer::NodeInfo& info : levels[k]) rel[k].push_back(relativePosition(examiner, info, x, y));
+  std::size_t placed = 0; // levels below this one hold their current places
+  auto placeTo = [&](std::size_t last) {
+    for (; placed <= last && placed < levels.size(); ++placed)
+      for (std::size_t j = 0; j < levels[placed].size(); ++j)
+        storeAbsNodePosition(levels[placed][j], rel[placed][j], orientation);
+  };
+  for (std::size_t k = 2; k < levels.size(); ++k) {
+    placeTo(k);
+    const auto& level = levels[k];
+    for (std::size_t j = 0; j + 1 < level.size(); ++j) {
+      if (!overlap(level[j].record, level[j + 1].record)) continue;
+      if (level[j].parent->getId() != level[j + 1].parent->getId()) {
+        bool pastParent = false;
+        for (std::size_t u = 0; u < levels[k - 1].size(); ++u) {
+          rel[k - 1][u].breadthOffset += pastParent ? -0.5 * spacing : 0.5 * spacing;
+          if (levels[k - 1][u].node->getId() == level[j].parent->getId()) pastParent = true;
+        }
+        placed = k - 1;
+      }
+      break;
+    }
+  }
+  placeTo(levels.empty() ? 0 : levels.size() - 1);
+}
+
+// The same as placeLevelByLevel, placing every level again after every
+// spread; kept for comparisons with the path walk's layout.
+void FXGraphTidier::placeLevelsAgainEachTime(const GraphExaminer& examiner, double x, double y) {
+  const auto& levels = examiner.levels();
+  const double spacing = breadthSpacing_;
+  std::map<IdStamp, GraphExaminer::RelPos> relPos;
+  for (const auto& level : levels)
+    for (const GraphExaminer::NodeInfo& info : level)
+      relPos[info.node->getId()] = relativePosition(examiner, info, x, y);
+  const VidRouting::Orientations::Orientation orientation = source_.getOrientation();
+  storeAbsNodePositions(examiner, relPos, orientation);
+  for (std::size_t k = 2; k < levels.size(); ++k) {
+    const auto& level = levels[k];
+    for (std::size_t j = 0; j + 1 < level.size(); ++j) {
+      if (!overlap(level[j].record, level[j + 1].record)) continue;
+      if (level[j].parent->getId() != level[j + 1].parent->getId()) {
+        bool pastParent = false;
+        for (const GraphExaminer::NodeInfo& upper : levels[k - 1]) {
+          const auto found = relPos.find(upper.node->getId());
+          if (found != relPos.end()) found->second.breadthOffset += pastParent ? -0.5 * spacing : 0.5 * spacing;
+          if (upper.node->getId() == level[j].parent->getId()) pastParent = true;
+        }
+        storeAbsNodePositions(examiner, relPos, orientation);
+      }
+      break;
+    }
+  }
+}
+
 bool FXGraphTidier::overlap(NodeUIPosRec* a, NodeUIPosRec* b) const {
   if (!a || !b) return false;
   const XY<double> pa = a->getDrawPosition();
@@ -129,28 +185,32 @@ bool FXGraphTidier::overlap(NodeUIPosRec* a, NodeUIPosRec* b) const {
   return std::fabs(pa.x - pb.x) < depthSpacing_ - overlapTolerance;
 }
 
+void storeAbsNodePosition(const GraphExaminer::NodeInfo& info, const GraphExaminer::RelPos& rel,
+                          VidRouting::Orientations::Orientation orientation) {
+  if (!info.record) return;
+  double x = rel.depthOffset;
+  double y = rel.breadthOffset;
+  if (rel.parentRecord) {
+    // Depth always runs towards smaller coordinates; breadth keeps y up in
+    // left-to-right and runs leftwards in bottom-to-top.
+    const XY<double> parent = rel.parentRecord->getDrawPosition();
+    if (orientation == VidRouting::Orientations::LeftToRight) {
+      x = parent.x - rel.depthOffset;
+      y = parent.y + rel.breadthOffset;
+    } else {
+      x = parent.x - rel.breadthOffset;
+      y = parent.y - rel.depthOffset;
+    }
+  }
+  info.record->setDrawPosition(x, y, false);
+}
+
 void storeAbsNodePositions(const GraphExaminer& examiner, const std::map<IdStamp, GraphExaminer::RelPos>& relPos,
                            VidRouting::Orientations::Orientation orientation) {
   for (const auto& level : examiner.levels()) {
     for (const GraphExaminer::NodeInfo& info : level) {
       const auto found = relPos.find(info.node->getId());
-      if (found == relPos.end() || !info.record) continue;
-      const GraphExaminer::RelPos& rel = found->second;
-      double x = rel.depthOffset;
-      double y = rel.breadthOffset;
-      if (rel.parentRecord) {
-        // Depth always runs towards smaller coordinates; breadth keeps y up
-        // in left-to-right and runs leftwards in bottom-to-top.
-        const XY<double> parent = rel.parentRecord->getDrawPosition();
-        if (orientation == VidRouting::Orientations::LeftToRight) {
-          x = parent.x - rel.depthOffset;
-          y = parent.y + rel.breadthOffset;
-        } else {
-          x = parent.x - rel.breadthOffset;
-          y = parent.y - rel.depthOffset;
-        }
-      }
-      info.record->setDrawPosition(x, y, false);
+      if (found != relPos.end()) storeAbsNodePosition(info, found->second, orientation);
     }
   }
 }

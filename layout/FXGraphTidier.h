@@ -81,6 +81,11 @@ public:
   void clearLocalTree() noexcept { localCount_ = 0; }
 
 private:
+  GraphExaminer::RelPos relativePosition(const GraphExaminer& examiner, const GraphExaminer::NodeInfo& info, double x,
+                                         double y) const;
+  static bool parentsOneLevelUp(const GraphExaminer& examiner);
+  void placeLevelByLevel(const GraphExaminer& examiner, double x, double y);
+  void placeLevelsAgainEachTime(const GraphExaminer& examiner, double x, double y);
   int findLocalRec(const NodeUIPosRec* record) const;
   void unlinkFromParent(int index);
 
@@ -98,6 +103,9 @@ private:
 // Turns relative positions into draw positions, level by level so that each
 // parent is placed before its children. Records are written without
 // notification.
+// One node's place from its offsets and its parent's current place.
+GRPHTOOL_API void storeAbsNodePosition(const GraphExaminer::NodeInfo& info, const GraphExaminer::RelPos& rel,
+                                       VidRouting::Orientations::Orientation orientation);
 GRPHTOOL_API void storeAbsNodePositions(const GraphExaminer& examiner,
                                         const std::map<IdStamp, GraphExaminer::RelPos>& relPos,
                                         VidRouting::Orientations::Orientation orientation);

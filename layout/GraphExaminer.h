@@ -71,6 +71,7 @@ public:
   // Makes every examine() walk every path, so that a layout can be compared
   // with the one the path walk gives. Off unless a comparison turns it on.
   static void setWalkEveryPath(bool on) noexcept { walkEveryPath_ = on; }
+  static bool walksEveryPath() noexcept { return walkEveryPath_; }
 
   // For a walk driven by hand: sets the level 0 depth from the iterator at
   // the start node and forgets earlier records. Call buildLevels() after.
