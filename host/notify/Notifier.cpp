@@ -20,24 +20,32 @@ struct NotifierState {
   int deliveryDepth = 0;
   bool needsCompacting = false;
 
+  // Entries stay in the order of their ids, which only grow: found by halving.
+  std::vector<std::unique_ptr<Entry>>::iterator find(uint64_t id) {
+    auto it = std::lower_bound(entries.begin(), entries.end(), id,
+                               [](const std::unique_ptr<Entry>& e, uint64_t wanted) { return e->id < wanted; });
+    return it != entries.end() && (*it)->id == id ? it : entries.end();
+  }
   void remove(uint64_t id) {
     CriticalSection::Lock lock(cs);
-    for (auto it = entries.begin(); it != entries.end(); ++it) {
-      Entry& e = **it;
-      if (e.id != id || !e.live) continue;
-      e.live = false;
-      liveCount.fetch_sub(1, std::memory_order_relaxed);
-      // An entry may be running right now; erase it only outside deliveries.
-      if (deliveryDepth == 0)
-        entries.erase(it);
-      else
-        needsCompacting = true;
-      return;
-    }
+    const auto it = find(id);
+    if (it == entries.end() || !(*it)->live) return;
+    (*it)->live = false;
+    const std::size_t live = liveCount.fetch_sub(1, std::memory_order_relaxed) - 1;
+    // An entry may be running right now: erased only outside deliveries, and
+    // in bulk once the dead outnumber the live, so that letting go of many
+    // subscriptions one by one costs no more than their number.
+    needsCompacting = true;
+    if (deliveryDepth == 0 && entries.size() > 2 * live + 8) compact();
+  }
+  void compact() {
+    std::erase_if(entries, [](const auto& e) { return !e->live; });
+    needsCompacting = false;
   }
   bool isLive(uint64_t id) {
     CriticalSection::Lock lock(cs);
-    return std::any_of(entries.begin(), entries.end(), [id](const auto& e) { return e->id == id && e->live; });
+    const auto it = find(id);
+    return it != entries.end() && (*it)->live;
   }
 };
 
@@ -85,10 +93,7 @@ void NotifierBase::deliverRaw(const void* event, NotifyMsgType type) {
     NotifierState::Entry* e = state->entries[i].get();
     if (e->live && (e->filter == anyNotifyMsgType || e->filter == type)) e->callback(event, type);
   }
-  if (--state->deliveryDepth == 0 && state->needsCompacting) {
-    std::erase_if(state->entries, [](const auto& e) { return !e->live; });
-    state->needsCompacting = false;
-  }
+  if (--state->deliveryDepth == 0 && state->needsCompacting) state->compact();
 }
 
 void NotifierBase::dropAllSubscribers() {
