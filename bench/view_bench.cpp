@@ -1,8 +1,12 @@
-// The graph view on generated edits of 50, 500 and 5,000 nodes: a rebuild of
-// the node list with automatic positioning, and one full frame drawn into a
+// The graph view on generated edits of 50 to 50,000 nodes: a rebuild of the
+// node list with automatic positioning, and one full frame drawn into a
 // 1920x1080 screen; beside it the floor, the same frame's primitives
 // (recorded once) replayed straight onto the cairo surface, so the view's own
 // cost (walks, geometry, layout of the frame) can be read off as the ratio.
+// Also: a frame of the 5,000-node graph zoomed in to show about 200 nodes
+// (what drawing costs when most of the graph is out of sight), one mouse move
+// of a node drag with what it redraws, and a move of the time to one where
+// the channels' graphs differ (rebuild and redraw).
 #include <memory>
 
 #include <benchmark/benchmark.h>
@@ -77,9 +81,81 @@ void BM_FrameCairoFloor(benchmark::State& state) {
   state.counters["primitives"] = static_cast<double>(frame.size());
 }
 
-BENCHMARK(BM_RecalcNodeList)->Arg(50)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_Frame)->Arg(50)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
-BENCHMARK(BM_FrameCairoFloor)->Arg(50)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
+// Zoomed in on the middle of the graph until about 200 nodes show.
+void BM_FrameVisible(benchmark::State& state) {
+  FXGraphView& view = scene(static_cast<unsigned>(state.range(0))).view();
+  double lo = 0, hi = 1;
+  std::size_t shown = 0;
+  for (int i = 0; i < 30; ++i) {
+    const double zoom = (lo + hi) / 2;
+    view.setViewZoom(zoom);
+    view.draw();
+    Vector<IdStamp> visible;
+    view.calcVisibleNodeList(visible);
+    shown = visible.size();
+    (shown > 200 ? lo : hi) = zoom;
+  }
+  for (auto _ : state) view.draw();
+  state.counters["visible"] = static_cast<double>(shown);
+  view.resetView(1, 0);
+  view.setViewZoom(0);
+}
+
+// One step of a node drag: the move, the node's new place and the redraw.
+void BM_DragStep(benchmark::State& state) {
+  FXGraphView& view = scene(static_cast<unsigned>(state.range(0))).view();
+  view.setViewZoom(0);
+  GlobManager::update();
+  const Ux::Ptr<FXGraphViewNode> node = view.nodes().front();
+  const auto box = node->calcPixelExtents();
+  const XY<int> grab = view.screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};
+  Event e;
+  e.button = Event::left;
+  e.type = Event::mouseDown;
+  e.screen = grab;
+  GlobManager::dispatch(e);
+  e.type = Event::mouseMove;
+  int step = 0;
+  for (auto _ : state) {
+    e.screen = grab + XY<int>{(step % 2) ? 4 : 8, 3};
+    ++step;
+    GlobManager::dispatch(e); // moves, redraws, puts it on the screen
+  }
+  e.type = Event::mouseUp;
+  GlobManager::dispatch(e);
+}
+
+// The time moves between two times whose channels have different heads.
+void BM_TimeStep(benchmark::State& state) {
+  if (!GlobManager::initialised()) GlobManager::initialise(1920, 1080);
+  EditPtr edit = fxgraph::generateEdit(static_cast<unsigned>(state.range(0)), 11);
+  // From 60 s each channel shows its neighbour's tree.
+  for (int c = 0; c < edit->getNumChans(); ++c) {
+    const IdStamp next = edit->getChan((c + 1) % edit->getNumChans()).cels.front().ref;
+    edit->getChan(c).cels.push_back({60, 120, Cel::Kind::graph, next});
+  }
+  Vob vob(edit);
+  auto* view = new FXGraphView(&vob, {1920, 1080}, Palette());
+  view->manualPositioningValue() = false;
+  GlobManager::realize(view);
+  bool later = false;
+  for (auto _ : state) {
+    later = !later;
+    vob.setCurrentTime(later ? 90 : 30);
+    GlobManager::update();
+  }
+  state.counters["nodes"] = static_cast<double>(view->nodes().size());
+  GlobManager::requestDeletion(view);
+  GlobManager::processDeletions();
+  edit->close();
+}
+
+BENCHMARK(BM_RecalcNodeList)->Arg(50)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Frame)->Arg(200)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_FrameCairoFloor)->Arg(200)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_FrameVisible)->Arg(5000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_DragStep)->Arg(500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_TimeStep)->Arg(500)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

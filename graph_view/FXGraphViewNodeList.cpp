@@ -398,15 +398,26 @@ void FXGraphView::tidy() {
 
 void FXGraphView::tidy(const NotifyMsg&) { tidy(); }
 
+// Two nodes on one spot ask for a tidy. Tidying an unchanged graph again
+// puts every node where the first tidy put it, so after one tidy the pairs
+// found later would only tidy to the same places: one is enough. Shared spots
+// are found by counting positions, not by comparing every pair.
 void FXGraphView::checkForCoincidentNodes() {
-  for (std::size_t a = 0; a < nodes_.size(); ++a) {
-    for (std::size_t b = 0; b < nodes_.size(); ++b) {
-      if (a == b) continue;
-      const XY<double> p = nodes_[a]->getPosition(), q = nodes_[b]->getPosition();
-      if (p.x == q.x && p.y == q.y) {
-        autoTidy();
-        break; // on with the node after A
-      }
+  struct Spot {
+    std::size_t operator()(const XY<double>& p) const noexcept {
+      // +0 and -0 are one spot, as == has them.
+      const double x = p.x == 0 ? 0.0 : p.x, y = p.y == 0 ? 0.0 : p.y;
+      return std::hash<double>()(x) * 31 + std::hash<double>()(y);
+    }
+  };
+  std::unordered_map<XY<double>, int, Spot> taken;
+  for (const auto& n : nodes_) ++taken[n->getPosition()];
+  for (const auto& n : nodes_) {
+    const XY<double> p = n->getPosition();
+    if (p.x != p.x || p.y != p.y) continue; // not a number is on no spot
+    if (taken[p] > 1) {
+      autoTidy();
+      return;
     }
   }
 }
