@@ -50,9 +50,12 @@ std::map<unsigned, std::unique_ptr<Scene>>& scenes() {
   return all;
 }
 
+// The scene asked for, on top of the screen: every scene's view covers the
+// whole screen, and a view redrawn under others has them redrawn too.
 Scene& scene(unsigned nodes) {
   auto& s = scenes()[nodes];
   if (!s) s = std::make_unique<Scene>(nodes);
+  GlobManager::raise(&s->view());
   return *s;
 }
 
@@ -105,7 +108,7 @@ void BM_FrameVisible(benchmark::State& state) {
 void BM_DragStep(benchmark::State& state) {
   FXGraphView& view = scene(static_cast<unsigned>(state.range(0))).view();
   view.setViewZoom(0);
-  GlobManager::update();
+  view.redraw();
   const Ux::Ptr<FXGraphViewNode> node = view.nodes().front();
   const auto box = node->calcPixelExtents();
   const XY<int> grab = view.screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};

@@ -218,6 +218,10 @@ public:
 private:
   friend class FXGraphViewNode;
   void keepCanvasAroundGraph(bool growOnly = false);
+  // Draws again only what lies in an area of the view (view pixels).
+  void redrawArea(PixelBox area);
+  // What a node and its wires cover on the screen, with room round them.
+  PixelBox damageOf(const FXGraphViewNode& node) const;
   Ux::Ptr<NodeUIPosManager> positionManager() const;
   void placeScrollBars();
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);

@@ -35,6 +35,38 @@ bool FXGraphView::drawArea(PixelBox area) {
   return area.x1 > area.x0 && area.y1 > area.y0;
 }
 
+void FXGraphView::redrawArea(PixelBox area) {
+  const auto w = getWindowPos();
+  area = {std::max(area.x0, w.x0), std::max(area.y0, w.y0), std::min(area.x1, w.x1), std::min(area.y1, w.y1)};
+  if (area.x1 <= area.x0 || area.y1 <= area.y0) return;
+  const PixelBox held = canvas().getClipRect();
+  canvas().setClipRect(area);
+  redraw();
+  canvas().setClipRect(held);
+}
+
+Glob::PixelBox FXGraphView::damageOf(const FXGraphViewNode& node) const {
+  // The box with room for its pads, the highlight and fade rings round it
+  // and the name that small boxes show under them.
+  const PixelBox b = node.calcPixelExtents();
+  const int room = std::max({20, (b.x1 - b.x0) / 4 + 4, static_cast<int>(scale_ * 0.04) + 8});
+  PixelBox area{b.x0 - room, b.y0 - room - 16, b.x1 + room, b.y1 + room};
+  auto take = [&](XY<int> from, XY<int> to) {
+    // A wire stays within the box of its end points, widened by how far a
+    // backward wire swings out and by its thickness.
+    const int swing = static_cast<int>(scale_ * 0.0625) + getEdgeThickness(eHighlightEdge) + 4;
+    area.x0 = std::min({area.x0, from.x - swing, to.x - swing});
+    area.y0 = std::min({area.y0, from.y - swing, to.y - swing});
+    area.x1 = std::max({area.x1, from.x + swing, to.x + swing});
+    area.y1 = std::max({area.y1, from.y + swing, to.y + swing});
+  };
+  for (const auto& [input, entry] : node.inputTable())
+    if (entry.node) take(entry.node->getOutputPos(static_cast<unsigned char>(entry.index)), node.getInputPos(input));
+  for (const auto& [output, entry] : node.outputTable())
+    if (entry.node) take(node.getOutputPos(static_cast<unsigned char>(output)), entry.node->getInputPos(entry.index));
+  return area;
+}
+
 void FXGraphView::drawBackground() {
   updateMinAndMaxPositions();
   const auto w = getWindowPos();
@@ -125,9 +157,23 @@ void FXGraphView::drawConnection(const XY<int>& from, const XY<int>& to, const C
 }
 
 void FXGraphView::drawNodes() {
+  // Drawing only part of the view says nothing of the nodes outside that part:
+  // they keep what the last whole frame found.
+  const PixelBox clip = canvas().getClipRect();
+  const auto w = getWindowPos();
+  const bool part = clip.x0 > w.x0 || clip.y0 > w.y0 || clip.x1 < w.x1 || clip.y1 < w.y1;
+  // Pads, rings and names reach this far beyond a node's box.
+  const int room = static_cast<int>(scale_ * 0.04) + 24;
   for (const auto& node : nodes_) {
+    if (part) {
+      // A node clear of the part is left alone, drawn or not as the last whole frame had it.
+      const PixelBox b = node->calcPixelExtents();
+      if (b.x1 + room < clip.x0 || b.x0 - room > clip.x1 || b.y1 + room < clip.y0 || b.y0 - room > clip.y1) continue;
+    }
     node->draw();
-    node->setVisibleFlag(node->drawnLast());
+    const PixelBox b = node->pixelBox();
+    if (!part || (b.x1 >= clip.x0 && b.x0 <= clip.x1 && b.y1 >= clip.y0 && b.y0 <= clip.y1))
+      node->setVisibleFlag(node->drawnLast());
   }
   drawNodeNames();
   // The channel cache remembers where each node was last drawn.

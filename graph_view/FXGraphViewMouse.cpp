@@ -100,7 +100,11 @@ bool FXGraphView::handleMouseEvent(const Event& e) {
     if (mouseInAutoScrollArea()) setAutoScrollState(true);
     XY<double> p = viewToGraphSpace(XY<double>(e.position.x - grab_.x, e.position.y - grab_.y));
     constrainToCanvas(p);
-    if ((keyboardModifiers() & Event::controlHeld) && manualPositioning()) {
+    const bool wholeGraph = (keyboardModifiers() & Event::controlHeld) && manualPositioning();
+    // One node moved alone changes only what it and its wires cover, before
+    // and after: just that is drawn again.
+    const PixelBox before = wholeGraph ? PixelBox() : damageOf(*moved_);
+    if (wholeGraph) {
       const XY<double> at = moved_->getPosition();
       translateManuallyPositionedNodes(moved_->graphNode(), p.x - at.x, p.y - at.y, true);
     } else {
@@ -110,7 +114,13 @@ bool FXGraphView::handleMouseEvent(const Event& e) {
     if (NodeUIPosRec* stored = moved_->storedRecord()) stored->setManualPos(p.x, p.y);
     keepCanvasAroundGraph(true);
     updateScrollbars(true);
-    redraw();
+    if (wholeGraph) {
+      redraw();
+    } else {
+      const PixelBox after = damageOf(*moved_);
+      redrawArea({std::min(before.x0, after.x0), std::min(before.y0, after.y0), std::max(before.x1, after.x1),
+                  std::max(before.y1, after.y1)});
+    }
     handled = true;
   } else if (e.type == Event::wheel) {
     handleZoom(e.wheelSteps);

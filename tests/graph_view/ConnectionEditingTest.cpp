@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/draw/ScreenSurface.h"
 #include "host/ui/EffectsBrowser.h"
 #include "tests/graph_view/ViewInput.h"
 #include "tests/support/ViewFixture.h"
@@ -242,6 +243,34 @@ TEST_F(ConnectionEditing, TheCanvasKeepsHoldingNodesMovedByHand) {
   release(view.screenPos() + XY<int>{w.x0 + 5, w.y1 - 5});
   GlobManager::setKeyboardModifiers(0);
   EXPECT_TRUE(holdsGraph());
+}
+
+// A node dragged alone draws again only what it and its wires cover, and
+// the screen is then what a whole new frame draws; nodes out of that part
+// stay where the mouse finds them.
+TEST_F(ConnectionEditing, ADragDrawsOnlyWhatItChangesAndTheScreenMatchesAWholeFrame) {
+  ScreenSurface& surface = GlobManager::surface();
+  const XY<int> grab = pads.body(m1);
+  press(grab);
+  std::vector<ScreenSurface::Recorded> step, whole;
+  moveTo(grab + XY<int>{12, -9});
+  surface.setRecorder(&step);
+  moveTo(grab + XY<int>{30, -20});
+  surface.setRecorder(nullptr);
+  const auto pixels = [&] {
+    const Ux::Ptr<UxImage> shot = surface.snapshot();
+    return std::vector<uint32_t>(shot->data(), shot->data() + shot->width() * shot->height());
+  };
+  const std::vector<uint32_t> afterDrag = pixels();
+  surface.setRecorder(&whole);
+  view.redraw();
+  surface.setRecorder(nullptr);
+  EXPECT_TRUE(afterDrag == pixels()) << "the drag left the screen as a whole frame draws it";
+  EXPECT_LT(step.size(), whole.size()) << "a step drew less than a whole frame";
+  release(grab + XY<int>{30, -20});
+  // A node far from the drag is still found by the mouse.
+  click(pads.body(c));
+  EXPECT_FALSE(active(c));
 }
 
 TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
