@@ -232,7 +232,11 @@ bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std:
   list->scrollToRow(found, true);
   const Glob::PixelBox box = list->rowBox(found);
   const XY<int> from = list->screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};
-  const XY<int> to = toScreen(viewPixel);
+  screenDrag(from, toScreen(viewPixel));
+  return true;
+}
+
+void ScriptRunner::screenDrag(XY<int> from, XY<int> to) {
   Event e;
   e.button = Event::left;
   e.time = msecsNow();
@@ -240,7 +244,7 @@ bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std:
   e.type = Event::mouseDown;
   e.screen = from;
   GlobManager::dispatch(e);
-  // Far enough to be a drag, then over the node, then let go.
+  // In steps, as a hand moves, far enough to count as a drag; let go at the end.
   e.type = Event::mouseMove;
   for (int i = 1; i <= 4; ++i) {
     e.screen = {from.x + (to.x - from.x) * i / 4, from.y + (to.y - from.y) * i / 4};
@@ -249,7 +253,6 @@ bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std:
   e.type = Event::mouseUp;
   e.screen = to;
   GlobManager::dispatch(e);
-  return true;
 }
 
 bool ScriptRunner::closePanel(std::string& why) { return session_.closePanel(why); }
@@ -536,21 +539,8 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     if (!swap) {
       screenClick(rowCentre(from), Event::left);
     } else {
-      const XY<int> a = rowCentre(from), b = rowCentre(to);
-      Event e;
-      e.button = Event::left;
-      e.time = msecsNow();
-      GlobManager::setKeyboardModifiers(0);
-      e.type = Event::mouseDown;
-      e.screen = a;
-      GlobManager::dispatch(e);
-      e.type = Event::mouseMove;
-      for (int i = 1; i <= 4; ++i) {
-        e.screen = {a.x + (b.x - a.x) * i / 4, a.y + (b.y - a.y) * i / 4};
-        GlobManager::dispatch(e);
-      }
-      e.type = Event::mouseUp;
-      GlobManager::dispatch(e);
+      const XY<int> a = rowCentre(from);
+      screenDrag(a, rowCentre(to));
     }
   } else if (cmd == "orientation") {
     if (!wants(1, 1, "orientation LeftToRight|BottomToTop") || !needPanel()) return false;

@@ -31,6 +31,8 @@ private:
   bool nodeCentre(const std::string& id, XY<int>& at, std::string& why) const;
   // A press and a release of a button at a screen point; whether the press was taken.
   bool screenClick(XY<int> at, int button);
+  // A left-button drag between two screen points, through real events.
+  void screenDrag(XY<int> from, XY<int> to);
   // The panel's widget of a dump name ("TidyNodes", "orientation", "view"...).
   Glob* panelWidget(const std::string& name) const;
   std::string widgetNames() const;
