@@ -258,6 +258,14 @@ private:
   // While the node list is rebuilt: the node that heads each channel at the
   // time, to the channel (first in channel order).
   const std::unordered_map<IdStamp, IdStamp>* headsDuringRebuild_ = nullptr;
+  // Nodes found by getIteratorFor's search, for the edit, revision and time
+  // they were found at.
+  mutable std::unordered_map<IdStamp, EditGraphIterator> found_;
+  mutable struct {
+    const Edit* edit = nullptr;
+    uint64_t revision = 0;
+    double time = -1;
+  } foundFor_;
   std::map<std::pair<IdStamp, int>, XY<double>> channelCache_;
   Ux::Ptr<FXGraphViewNode> extremes_[4];
   unsigned tidies_ = 0;

@@ -491,7 +491,19 @@ EditGraphIterator FXGraphView::getIteratorFor(const IdStamp& id, int flags) cons
   if (headsDuringRebuild_ && (flags & headFirst) == headFirst)
     if (const auto head = headsDuringRebuild_->find(id); head != headsDuringRebuild_->end() && edit_->openNode(id))
       return EditGraphIterator::atChannel(edit_, currentTime(), head->second);
-  return EditGraphIterator(edit_, currentTime(), id, flags);
+  if (flags != headFirst) return EditGraphIterator(edit_, currentTime(), id, flags);
+  // Finding a node means searching the graph from the roots; what a search
+  // found stands until the edit changes (every change is told, and counted
+  // in its revision) or the time moves. Thumbnails ask for it every frame.
+  if (foundFor_.edit != edit_.get() || foundFor_.revision != edit_->revision() || foundFor_.time != currentTime()) {
+    found_.clear();
+    foundFor_ = {edit_.get(), edit_->revision(), currentTime()};
+  }
+  const auto known = found_.find(id);
+  if (known != found_.end()) return known->second;
+  EditGraphIterator at(edit_, currentTime(), id, flags);
+  found_.emplace(id, at);
+  return at;
 }
 
 EditGraphIterator FXGraphView::getIteratorFor(const Ux::Ptr<FXGraphNodeBase>& node, int flags) const {
