@@ -40,7 +40,14 @@ void NodeUIRecBase::pack(PStream& s) const {
   nodeId_.pack(s);
   // Written in the current form: the header is rewritten as 1.1 after this.
   STRM_layerVersion(this).minor = 1;
-  s.writeBinary(cookie_.asString(), 0, false, false);
+  // The records of an edit share its cookie: its text is made once, not per record.
+  thread_local Cookie lastCookie = invalid_cookie;
+  thread_local LightweightString<char> lastText = invalid_cookie.asString();
+  if (!(cookie_ == lastCookie)) {
+    lastCookie = cookie_;
+    lastText = cookie_.asString();
+  }
+  s.writeBinary(lastText, 0, false, false);
 }
 
 void NodeUIRecBase::unpack(PStream& s) {
