@@ -470,7 +470,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       why = "usage: choose NAME ENTRY";
       return false;
     }
-    if (!needPanel() || !choose(w[1], w.back(), why)) return false;
+    if (!needPanel() || !choose(w[1], rest(line, w[1]), why)) return false;
   } else if (cmd == "menu") {
     XY<int> at;
     if (w.size() < 3) {

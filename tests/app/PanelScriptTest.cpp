@@ -106,6 +106,11 @@ TEST_F(PanelScript, ARestartBringsBackZoomAndTemplates) {
   EXPECT_NE(why.find("the tool is closed"), std::string::npos) << why;
   run("reopen");
   EXPECT_NE(dump()["panel"], nullptr);
+
+  // The view's context menu zooms by the panel's step.
+  const double zoom = session.view()->getZoom();
+  run("choose view Zoom out");
+  EXPECT_DOUBLE_EQ(session.view()->getZoom(), zoom * 0.75);
 }
 
 } // namespace
