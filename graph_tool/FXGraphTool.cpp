@@ -36,9 +36,6 @@ const char* const sizeKey = "Effect graph tool size";
 constexpr XY<int> unsetPoint{-1234, -1234};
 constexpr double defaultZoom = 0.75;
 
-// The tag of the zoom entries that the program's context menu offers.
-const char* const zoomMenuTag = "zoom";
-
 int row() { return UifStd::getRowHeight(); }
 int gap() { return UifStd::getWidgetGap(); }
 
@@ -310,8 +307,8 @@ bool FXGraphTool::handleDataMessageEvent(const LightweightString<char>& msg, Glo
   // The zoom entries of the view's context menu.
   if (msg == MenuData::changeMsg && data) {
     const auto* change = static_cast<const MenuData::Change*>(data);
-    // The view's entries: 2 zooms in, 3 out.
-    if (change->tag == zoomMenuTag) return handleZoom(change->index == 2 ? 1 : -1);
+    if (change->tag == "zoomIn") return handleZoom(1);
+    if (change->tag == "zoomOut") return handleZoom(-1);
     if (change->tag == "routing") {
       MultiTrackRoutingView::openFor(getVob());
       return true;
@@ -324,9 +321,13 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown) return false;
   if (e.modifiers & Event::controlHeld) {
     if (!getVob()) return false;
-    if (e.key == 'z') return getVob()->undoRequest(), true;
-    if (e.key == 'y') return getVob()->redoRequest(), true;
-    return false;
+    if (e.key == 'z')
+      getVob()->undoRequest();
+    else if (e.key == 'y')
+      getVob()->redoRequest();
+    else
+      return false;
+    return true;
   }
   if (e.key == '+' || e.key == '=') return handleZoom(1);
   if (e.key == '-') return handleZoom(-1);
@@ -336,7 +337,7 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
 bool FXGraphTool::handleTimerEvent(const Event& e) { return view_ && view_->handleTimerEvent(e); }
 
 void FXGraphTool::handleModifications(const EditModifications& mods, const VobModification& vobMod) {
-  if (mods.includes(EditModification::name) || (vobMod.flags & 2)) {
+  if (mods.includes(EditModification::name) || (vobMod.flags & VobModification::editReplaced)) {
     if (updateTitleStr()) {
       Glib::UpdateDeferrer deferrer;
       for (int i = 0; i < 2; ++i)

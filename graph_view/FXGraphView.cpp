@@ -202,10 +202,10 @@ bool FXGraphView::handleMessageEvent(const LightweightString<char>& msg, Glob* s
 bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glob* sender, const void* data) {
   if (msg != MenuData::changeMsg || !data) return Glob::handleDataMessageEvent(msg, sender, data);
   const auto* change = static_cast<const MenuData::Change*>(data);
-  if (change->tag == "zoom") {
-    // Entry 2 zooms in, entry 3 out. Held in a panel, the panel's step; alone, the wheel's.
+  if (change->tag == "zoomIn" || change->tag == "zoomOut") {
+    // Held in a panel, the panel's step; alone, the wheel's.
     if (parent() && parent()->handleDataMessageEvent(msg, sender, data)) return true;
-    handleZoom(change->index == 2 ? 1 : -1);
+    handleZoom(change->tag == "zoomIn" ? 1 : -1);
     return true;
   }
   if (change->tag != "orientation") return false;
@@ -224,8 +224,8 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   items.push_back(left);
   items.push_back(up);
   // Zoom steps: a panel that holds the view takes them as its own.
-  items.emplace_back(resourceStrW(13050), LightweightString<char>(), "zoom");
-  items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoom");
+  items.emplace_back(resourceStrW(13050), LightweightString<char>(), "zoomIn");
+  items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoomOut");
   // The routing of the edit, track by track: whoever holds the view opens it.
   items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
   if (!e) return items;

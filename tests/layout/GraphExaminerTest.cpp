@@ -29,6 +29,16 @@ IdStamp parentOf(const GraphExaminer& examiner, uint32_t n) {
   return info && info->parent ? info->parent->getId() : IdStamp();
 }
 
+// Node 1's tree of a graph, examined (every node has a record).
+struct Examined {
+  FakePosSource source;
+  GraphExaminer examiner{source};
+  explicit Examined(const TestGraph& g) {
+    EditGraphIterator it = g.at(1);
+    examiner.examine(it);
+  }
+};
+
 // Counts visits per node; refuses to go below `stopAt`.
 struct CountingVisitor {
   std::map<IdStamp, int> visits;
@@ -84,10 +94,8 @@ TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
       g.effect(1, {2, 3});
     else
       g.effect(1, {3, 2});
-    FakePosSource source;
-    GraphExaminer examiner(source);
-    EditGraphIterator it = g.at(1);
-    examiner.examine(it);
+    const Examined examined(g);
+    const GraphExaminer& examiner = examined.examiner;
 
     const GraphExaminer::NodeInfo* nine = examiner.find(node(9));
     ASSERT_NE(nine, nullptr);
@@ -111,10 +119,8 @@ TEST(GraphExaminer, SecondMeetingOnTheSameLevelTakesASharedNodeOver) {
   g.effect(3, {0, 6});
   g.effect(4, {6});
   g.effect(1, {2, 3, 4});
-  FakePosSource source;
-  GraphExaminer examiner(source);
-  EditGraphIterator it = g.at(1);
-  examiner.examine(it);
+  const Examined examined(g);
+  const GraphExaminer& examiner = examined.examiner;
   const GraphExaminer::NodeInfo* six = examiner.find(node(6));
   ASSERT_NE(six, nullptr);
   EXPECT_EQ(std::tuple(six->depth, six->parentDepth, six->inputIndex), std::tuple(2, 1, 1));
