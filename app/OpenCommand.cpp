@@ -29,6 +29,8 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
     } else {
       for (const std::string& w : session.warnings()) err << "fxgraph: warning: " << w << "\n";
       const bool windowed = runWindowLoop(why);
+      // Stills still under way are waited for: what is written shows them.
+      session.finishStills();
       // For automation: the state as the window left it.
       if (const char* dumpPath = std::getenv("FXGRAPH_STATE_DUMP"); windowed && dumpPath && *dumpPath) {
         std::ofstream dump(dumpPath, std::ios::binary);

@@ -106,7 +106,8 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
         err << "fxgraph: " << why << "\n";
         status = 1;
       }
-      GlobManager::update();
+      // The picture and the dump show every still.
+      session.finishStills();
       if (status == 0 && !o.png.empty() && !GlobManager::writePNG(o.png)) {
         err << "fxgraph: cannot write " << o.png << "\n";
         status = 1;

@@ -67,6 +67,12 @@ FXGraphView* Session::view() const {
   return p ? p->getView() : nullptr;
 }
 
+void Session::finishStills() {
+  for (FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>())
+    if (FXGraphView* v = panel->getView()) v->finishStills();
+  GlobManager::update();
+}
+
 void Session::writeLayout() {
   std::vector<configb> records;
   for (const FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>()) {

@@ -40,6 +40,8 @@ public:
   // The focused panel: the tool on this session's vob, or null when closed.
   FXGraphTool* panel() const;
   FXGraphView* view() const;
+  // Waits for the stills every graph view has asked for, and shows them.
+  void finishStills();
   Vob* vob() const noexcept { return vob_.get(); }
   const EditPtr& edit() const noexcept { return edit_; }
   const std::string& path() const noexcept { return path_; }

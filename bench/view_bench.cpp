@@ -29,7 +29,8 @@ public:
     GlobManager::realize(view_);
     view_->recalcNodeList(false);
     view_->resetView(1, 0);
-    view_->draw(); // thumbnails rendered once, then served from the stills cache
+    view_->draw();
+    view_->finishStills(); // thumbnails made once, then served from the stills cache
   }
   ~Scene() {
     GlobManager::requestDeletion(view_);

@@ -51,6 +51,10 @@ Ux::Ptr<UxImage> FXGraphViewThumbNode::updateCachedStill(EditGraphIterator at) {
   if (!at.isValid()) return nullptr;
   Render::RenderContext fresh(at, format);
   if (getViewLUTEnabled()) fresh.setViewLUT(getViewLUT());
+  if (view_ && view_->stillsInBackground()) {
+    view_->requestStill(getNodeID(), FXGraphView::thumbnailStill, fresh);
+    return nullptr;
+  }
   still = Render::VidRenderUtils::renderStill(fresh);
   cache.add(fresh, still);
   return still;
@@ -58,7 +62,15 @@ Ux::Ptr<UxImage> FXGraphViewThumbNode::updateCachedStill(EditGraphIterator at) {
 
 void FXGraphViewThumbNode::drawThumbnail(const EditGraphIterator& at) {
   Ux::Ptr<UxImage> still = updateCachedStill(at);
-  if (!still) return;
+  if (!still) {
+    // Until the still is made, the picture shown before stands in while it
+    // fits the box; otherwise a plain placeholder.
+    if (shown_ && shown_->width() == thumbBox_.width() && shown_->height() == thumbBox_.height())
+      renderInto(view_, thumbBox_, shown_);
+    else if (view_)
+      view_->drawRect(thumbBox_, getMainCol().scaled(0.6));
+    return;
+  }
   const VideoFormat square =
       DigitalVideoFormats::makeSquarePixelFormat(thumbBox_.width(), thumbBox_.height(), getAspectRatio());
   shown_ = convertVideo(still, square, true, true);

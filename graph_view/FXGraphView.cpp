@@ -8,6 +8,7 @@
 #include "host/config/Resources.h"
 #include "host/edit/FXEditor.h"
 #include "host/render/EffectTemplateManager.h"
+#include "host/render/StillsQueue.h"
 #include "host/ui/EffectMenuItems.h"
 #include "host/ui/EffectsBrowser.h"
 #include "host/ui/GlobManager.h"
@@ -30,6 +31,7 @@ FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int sco
 }
 
 FXGraphView::~FXGraphView() {
+  if (stillsTimer_) Render::StillsQueue::instance().forget(this);
   NodeUIManagerClient::registerWith(nullptr);
   while (timerHolds_ > 0) disableETime();
   flushNodeList();
@@ -103,6 +105,7 @@ void FXGraphView::disableETime() {
 }
 
 bool FXGraphView::handleTimerEvent(const Event&) {
+  takeStills();
   const double now = msecsNow() / 1000.0;
   if (autoScroll_) {
     if (mouseInAutoScrollArea()) {
@@ -152,6 +155,12 @@ void FXGraphView::startFade(std::vector<IdStamp> ids) {
 
 void FXGraphView::handleModifications(const EditModifications& mods, const VobModification& vobMod) {
   if (vobMod.flags & VobModification::closing) {
+    // Stills under way would keep the edit open.
+    if (stillsTimer_) {
+      Render::StillsQueue::instance().forget(this);
+      stillsTimer_ = false;
+      disableETime();
+    }
     NodeUIManagerClient::registerWith(nullptr);
     edit_.reset();
     anchor_.reset();

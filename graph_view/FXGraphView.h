@@ -23,6 +23,7 @@
 #include "host/core/Vector.h"
 #include "host/edit/CelEventPair.h"
 #include "host/edit/Vob.h"
+#include "host/render/RenderContext.h"
 #include "host/ui/DragDrop.h"
 #include "host/ui/Glob.h"
 #include "host/ui/MenuItem.h"
@@ -191,6 +192,25 @@ public:
   const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return moved_; }
   bool isBusy() const noexcept { return busy_; }
 
+  // -- stills -------------------------------------------------------------------
+  // Stills are made in the background: a node shows the picture it showed
+  // before, or a placeholder, until its still is ready, and then only that
+  // node is drawn again. With the background off, stills are made while the
+  // view draws.
+  enum Still { thumbnailStill = 0, previewStill = 1 };
+  void setStillsInBackground(bool on) noexcept { stillsInBackground_ = on; }
+  bool stillsInBackground() const noexcept { return stillsInBackground_; }
+  // Asks for the still of a node (or of the preview) in the background;
+  // false when it is under way already.
+  bool requestStill(const IdStamp& node, Still what, const Render::RenderContext& context);
+  // Stills asked for and not yet shown.
+  std::size_t stillsPending() const;
+  // Shows the stills made since the last call.
+  void takeStills();
+  // Waits for every still asked for and shows them: a headless render does
+  // so before it writes its picture.
+  void finishStills();
+
   // -- timer --------------------------------------------------------------------
   bool handleTimerEvent(const Event& e) override;
   void enableETime();
@@ -290,4 +310,10 @@ private:
 
   int timerHolds_ = 0;
   uint64_t timerStart_ = 0;
+
+  // Stills.
+  bool stillsInBackground_ = true;
+  bool stillsTimer_ = false; // a timer hold while stills are under way
+  PixelBox previewBox_;
+  Ux::Ptr<UxImage> previewShown_;
 };

@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "graph_view/FXGraphView.h"
-#include "host/render/VidRenderUtils.h"
 
 void FXGraphView::draw() {
   // The graph stays inside the view area: nodes half out of it do not spill
@@ -217,27 +216,6 @@ void FXGraphView::drawNodeNames() {
     const int w = b.x1 - b.x0;
     drawText({b.x0 - w / 4, b.y0 - 14, b.x1 + w / 4, b.y0 - 2}, node->getTitleStr(), getPalette().text(), {}, 7);
   }
-}
-
-void FXGraphView::drawStills() {
-  const auto w = getWindowPos();
-  if (w.x1 - w.x0 < 360 || w.y1 - w.y0 < 240 || !edit_) return;
-  Ux::Ptr<FXGraphViewNode> primary;
-  for (const auto& n : nodes_)
-    if (n->isPrimary()) primary = n;
-  if (!primary) return;
-  const int pw = (w.x1 - w.x0) / 5, ph = pw * 9 / 16;
-  const PixelBox box{w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
-  if (!drawArea(box)) return;
-  EditGraphIterator at = getIteratorFor(primary->getNodeID(), 9);
-  if (!at.isValid()) return;
-  const Render::RenderContext context(at, VideoFormat{"preview", pw, ph, edit_->getVideoMetadata().aspectRatio()});
-  Ux::Ptr<UxImage> still = Render::VidRenderUtils::cachedStill(context);
-  CanvasRenderer r = canvas().renderer();
-  r.renderPrimitive(
-      Glib::RectDescription{{box.x0 - 2, box.y0 - 2, box.x1 + 2, box.y1 + 2}, fromColour(getPalette().window(6))});
-  r.renderPrimitive(Glib::ImageDescription{box, still});
-  r.addModifiedArea(box);
 }
 
 void FXGraphView::drawFades() {

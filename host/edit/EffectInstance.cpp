@@ -11,6 +11,7 @@ EffectInstance_opu4h5a4j::~EffectInstance_opu4h5a4j() = default;
 bool EffectInstance_opu4h5a4j::setInputTrackId(unsigned i, const IdStamp& id, bool notify) {
   if (i >= inputs_.size()) return false;
   inputs_[i] = id;
+  countChange();
   if (notify) notifyChanged(EffectModification(EffectModification::eConnections, getId()));
   return true;
 }
@@ -25,6 +26,7 @@ LightweightString<wchar_t> EffectInstance_opu4h5a4j::getInputName(unsigned i) co
 void EffectInstance_opu4h5a4j::setNumInputs(unsigned n) {
   inputs_.resize(n);
   if (inputNames_.size() > n) inputNames_.resize(n);
+  countChange();
 }
 
 void EffectInstance_opu4h5a4j::setInputName(unsigned i, const LightweightString<wchar_t>& name) {
@@ -86,7 +88,10 @@ ComplexBackgroundEffect::~ComplexBackgroundEffect() = default;
 
 Colour ComplexBackgroundEffect::getColour(double, int index) const { return colours_[index == 1 ? 1 : 0]; }
 
-void ComplexBackgroundEffect::setColour(int index, const Colour& c) { colours_[index == 1 ? 1 : 0] = c; }
+void ComplexBackgroundEffect::setColour(int index, const Colour& c) {
+  colours_[index == 1 ? 1 : 0] = c;
+  countChange();
+}
 
 Ux::Ptr<FXGraphNodeBase> ComplexBackgroundEffect::cloneNode() const {
   return Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(*this));

@@ -19,13 +19,19 @@ public:
   ~EffectInstance_opu4h5a4j() override;
 
   LightweightString<char> tagTypeId() const override { return tagTypeId_; }
-  void setTagTypeId(const LightweightString<char>& tag) { tagTypeId_ = tag; }
+  void setTagTypeId(const LightweightString<char>& tag) {
+    tagTypeId_ = tag;
+    countChange();
+  }
   // What the effect is, for lists; its name when no description was given.
   LightweightString<wchar_t> getDescription() const { return description_.empty() ? getName() : description_; }
   void setDescription(const LightweightString<wchar_t>& d) { description_ = d; }
 
   bool isActive() const noexcept { return active_; }
-  void setActive(bool on) { active_ = on; }
+  void setActive(bool on) {
+    active_ = on;
+    countChange();
+  }
   bool isConnectionEditable() const noexcept { return connectionEditable_; }
   void setConnectionEditable(bool on) { connectionEditable_ = on; }
 
@@ -41,7 +47,10 @@ public:
   // The first value of a parameter, or the fallback.
   double param(const std::string& key, double fallback) const;
   std::vector<double> paramValues(const std::string& key) const;
-  void setParam(const std::string& key, std::vector<double> values) { params_[key] = std::move(values); }
+  void setParam(const std::string& key, std::vector<double> values) {
+    params_[key] = std::move(values);
+    countChange();
+  }
 
   Ux::Ptr<FXGraphNodeBase> cloneNode() const override;
 

@@ -1,13 +1,20 @@
 #include "host/edit/FXGraphNodeBase.h"
 
+#include <atomic>
+
 namespace {
 NotifyMsgType nodeChangedMsgType() {
   static const NotifyMsgType type = NotifyMsgTypeDictionary::instance().intern("graphNodeChanged");
   return type;
 }
+std::atomic<uint64_t> changes{0};
 } // namespace
 
-FXGraphNodeBase::~FXGraphNodeBase() = default;
+FXGraphNodeBase::~FXGraphNodeBase() { countChange(); }
+
+uint64_t FXGraphNodeBase::changeCount() noexcept { return changes.load(std::memory_order_relaxed); }
+
+void FXGraphNodeBase::countChange() noexcept { changes.fetch_add(1, std::memory_order_relaxed); }
 
 void FXGraphNodeBase::startBatchChange(const EffectModification& modification) {
   if (batchDepth_++ == 0) pending_ = modification;

@@ -16,9 +16,11 @@ enum class TrackType { video = 1, audio = 2 };
 // one notification at its end.
 class FXHOST_API FXGraphNodeBase : public Taggable {
 public:
-  FXGraphNodeBase() = default;
+  FXGraphNodeBase() { countChange(); }
   FXGraphNodeBase(const IdStamp& id, LightweightString<wchar_t> name, TrackType type = TrackType::video)
-      : id_(id), name_(std::move(name)), trackType_(type) {}
+      : id_(id), name_(std::move(name)), trackType_(type) {
+    countChange();
+  }
   ~FXGraphNodeBase() override;
 
   const IdStamp& getId() const noexcept { return id_; }
@@ -45,8 +47,17 @@ public:
 
   NotifierEx<EffectModification>& clientNotifier() noexcept { return clients_; }
 
+  // Counts, process-wide, every change to what nodes' pictures are made of
+  // (inputs, switches, parameters, sources) and every node made or gone,
+  // whether or not it went through an edit: a picture made at one count is
+  // current while the count stands.
+  static uint64_t changeCount() noexcept;
+
 protected:
-  FXGraphNodeBase(const FXGraphNodeBase& o) : Taggable(o), id_(o.id_), name_(o.name_), trackType_(o.trackType_) {}
+  FXGraphNodeBase(const FXGraphNodeBase& o) : Taggable(o), id_(o.id_), name_(o.name_), trackType_(o.trackType_) {
+    countChange();
+  }
+  static void countChange() noexcept;
 
 private:
   IdStamp id_;

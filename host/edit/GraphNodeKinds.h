@@ -26,9 +26,15 @@ public:
   // file's path as written in the edit, or the tone's frequency.
   const LightweightString<char>& getSource() const noexcept { return source_; }
   const Cookie& getMaterialCookie() const noexcept { return cookie_; }
-  void setMaterialCookie(const Cookie& c) { cookie_ = c; }
+  void setMaterialCookie(const Cookie& c) {
+    cookie_ = c;
+    countChange();
+  }
   Kind getMaterialKind() const noexcept { return kind_; }
-  void setMaterialKind(Kind k) { kind_ = k; }
+  void setMaterialKind(Kind k) {
+    kind_ = k;
+    countChange();
+  }
   // Whether it is a plain source (not a nested edit): every material here is.
   bool isPlainMaterial() const noexcept { return true; }
 
@@ -49,7 +55,10 @@ public:
   ~ImageImportEffect() override;
   // The file as written in the edit (relative to the edit file's folder).
   const LightweightString<char>& getFile() const noexcept { return file_; }
-  void setFile(const LightweightString<char>& f) { file_ = f; }
+  void setFile(const LightweightString<char>& f) {
+    file_ = f;
+    countChange();
+  }
   Ux::Ptr<FXGraphNodeBase> cloneNode() const override;
 
 private:

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <set>
 
+#include "host/render/NodePictures.h"
+
 template class Loki::SingletonHolder<Render::StillsCache, Loki::CreateUsingNew, Loki::DeletableSingleton,
                                      Ux::ThreadSafe>;
 
@@ -93,6 +95,8 @@ void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head, double f
     return (std::isinf(from) || frame >= std::llround(from * fps)) &&
            (std::isinf(to) || frame < std::llround(to * fps));
   };
+  // The pictures stills are made from go too: what they show has changed.
+  NodePictures::instance().clear();
   std::lock_guard lock(mutex_);
   for (auto it = stills_.begin(); it != stills_.end();) {
     auto next = std::next(it);
@@ -102,6 +106,7 @@ void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head, double f
 }
 
 void StillsCache::clear() {
+  NodePictures::instance().clear();
   std::lock_guard lock(mutex_);
   stills_.clear();
   uses_.clear();

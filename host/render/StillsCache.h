@@ -19,7 +19,9 @@ namespace Render {
 // bytes). Pictures handed out are shared: callers must not change them.
 class FXHOST_API StillsCache {
 public:
-  static constexpr std::size_t capacity = 256;
+  // A graph view shows a still per node: room for every node of a large
+  // view, the bytes bound the rest.
+  static constexpr std::size_t capacity = 16384;
   // Pixel bytes kept at most; a still bigger than this is not kept at all.
   static constexpr std::size_t byteBudget = std::size_t(256) << 20;
 

@@ -52,7 +52,7 @@ TEST_F(CachedStills, AreRenderedOnceUntilTheEditChanges) {
 }
 
 TEST_F(CachedStills, TheLeastRecentlyUsedGoFirst) {
-  edit->getChan(0).cels[0] = {0, 20, Cel::Kind::graph, card("bars")};
+  edit->getChan(0).cels[0] = {0, (StillsCache::capacity + 1) / edit->getFrameRate(), Cel::Kind::graph, card("bars")};
   auto frame = [&](int n) { return head(n / edit->getFrameRate()); };
   keep(frame(0));
   keep(frame(1));

@@ -20,12 +20,13 @@ const std::string& scratchPreferences() {
 }
 } // namespace
 
-ViewFixture::ViewFixture(EditPtr edit, XY<int> size) : edit_(std::move(edit)) {
+ViewFixture::ViewFixture(EditPtr edit, XY<int> size, bool stillsInBackground) : edit_(std::move(edit)) {
   setPreferencesFile(scratchPreferences());
   prefs().setPreference("Video Routing : Orientation", LightweightString<char>("LeftToRight"));
   GlobManager::initialise(size.x + 100, size.y + 100);
   vob_ = std::make_unique<Vob>(edit_);
   view_ = new FXGraphView(vob_.get(), size, Palette(), FXGraphView::wholeEdit);
+  view_->setStillsInBackground(stillsInBackground);
   GlobManager::realize(view_);
 }
 

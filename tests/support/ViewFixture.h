@@ -12,10 +12,10 @@ namespace testsupport {
 
 // The screen, a vob on the edit and a view (realized, drawn) for the length
 // of a test. Preferences go to a scratch file, and every view starts left to
-// right.
+// right. Stills are made as the view draws unless `stillsInBackground`.
 class ViewFixture {
 public:
-  explicit ViewFixture(EditPtr edit, XY<int> size = {400, 300});
+  explicit ViewFixture(EditPtr edit, XY<int> size = {400, 300}, bool stillsInBackground = false);
   ~ViewFixture();
   ViewFixture(const ViewFixture&) = delete;
   ViewFixture& operator=(const ViewFixture&) = delete;
