@@ -1,5 +1,6 @@
 #include "node_ui/NodeUIManagerBase.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "host/notify/Log.h"
@@ -142,6 +143,9 @@ void NodeUIManagerBase::unpack(PStream& s) {
   flushList();
   const uint32_t count = s.getUnsignedLong();
   if (s.error()) return;
+  // Room for the records the bytes can hold (a record takes at least its
+  // two layer headers), not for whatever the count says.
+  firstForNode_.reserve(static_cast<std::size_t>(std::min<uint64_t>(count, s.remaining() / 24)));
   // The count is only a promise: the loop ends when the bytes do, so a lying
   // count costs no more than the stream is long.
   uint32_t emptyPasses = 0;

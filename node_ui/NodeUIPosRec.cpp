@@ -13,6 +13,7 @@ NodeUIPosRec::NodeUIPosRec(NodeUIManagerBase* manager, const IdStamp& node, cons
 NodeUIPosRec::~NodeUIPosRec() = default;
 
 void NodeUIPosRec::followOwnValues() {
+  reserveRegistrations(2);
   MultiValClient<double>::registerWith(&drawX_);
   MultiValClient<double>::registerWith(&drawY_);
 }

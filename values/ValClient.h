@@ -88,6 +88,8 @@ public:
                        [server](const Registration& r) { return r.server == server; });
   }
   std::size_t registrationCount() const noexcept { return registrations_.size(); }
+  // Room for this many servers without growing the list again.
+  void reserveRegistrations(std::size_t n) { registrations_.reserve(n); }
 
   int handleValueChange(const NotifierEvent<T>& event) {
     if (event.type == NotifyMsgTypeDictionary::objectDestroyedMsgType()) {

@@ -61,14 +61,21 @@ bool Subscription::active() const {
   return state && state->isLive(id_);
 }
 
-NotifierBase::NotifierBase() : state_(std::make_shared<NotifierState>()) {}
+// The state is made when the first subscriber arrives: most notifiers (a
+// record's, a value's) are never listened to.
+NotifierBase::NotifierBase() = default;
 
-NotifierBase::NotifierBase(const NotifierBase&) : state_(std::make_shared<NotifierState>()) {}
+NotifierBase::NotifierBase(const NotifierBase&) {}
+
+NotifierState& NotifierBase::state() const {
+  if (!state_) state_ = std::make_shared<NotifierState>();
+  return *state_;
+}
 
 NotifierBase::~NotifierBase() = default;
 
 SubscriptionHandle NotifierBase::registerInternal(RawCallback callback, NotifyMsgType filter) {
-  CriticalSection::Lock lock(state_->cs);
+  CriticalSection::Lock lock(state().cs);
   const uint64_t id = state_->nextId++;
   state_->entries.push_back(
       std::make_unique<NotifierState::Entry>(NotifierState::Entry{id, filter, std::move(callback)}));
@@ -76,11 +83,15 @@ SubscriptionHandle NotifierBase::registerInternal(RawCallback callback, NotifyMs
   return SubscriptionHandle(new Subscription(state_, id));
 }
 
-bool NotifierBase::hasSubscribers() const noexcept { return state_->liveCount.load(std::memory_order_relaxed) != 0; }
+bool NotifierBase::hasSubscribers() const noexcept {
+  return state_ && state_->liveCount.load(std::memory_order_relaxed) != 0;
+}
 
-std::size_t NotifierBase::subscriberCount() const noexcept { return state_->liveCount.load(std::memory_order_relaxed); }
+std::size_t NotifierBase::subscriberCount() const noexcept {
+  return state_ ? state_->liveCount.load(std::memory_order_relaxed) : 0;
+}
 
-CriticalSection& NotifierBase::criticalSection() const noexcept { return state_->cs; }
+CriticalSection& NotifierBase::criticalSection() const { return state().cs; }
 
 void NotifierBase::deliverRaw(const void* event, NotifyMsgType type) {
   if (!hasSubscribers()) return;
@@ -97,6 +108,7 @@ void NotifierBase::deliverRaw(const void* event, NotifyMsgType type) {
 }
 
 void NotifierBase::dropAllSubscribers() {
+  if (!state_) return;
   CriticalSection::Lock lock(state_->cs);
   for (auto& e : state_->entries) e->live = false;
   state_->liveCount.store(0, std::memory_order_relaxed);

@@ -46,7 +46,7 @@ public:
   SubscriptionHandle registerInternal(RawCallback callback, NotifyMsgType filter = anyNotifyMsgType);
   bool hasSubscribers() const noexcept;
   std::size_t subscriberCount() const noexcept;
-  CriticalSection& criticalSection() const noexcept;
+  CriticalSection& criticalSection() const;
 
 protected:
   // Delivers to every matching subscriber, in subscription order, with the
@@ -57,7 +57,8 @@ protected:
   void dropAllSubscribers();
 
 private:
-  std::shared_ptr<NotifierState> state_;
+  NotifierState& state() const;
+  mutable std::shared_ptr<NotifierState> state_; // made by the first subscription
 };
 
 // A notifier of events of one type.

@@ -81,6 +81,13 @@ void StreamFile::writeBytes(const void* data, std::size_t count) {
   }
   if (count == 0) return;
   const auto* src = static_cast<const uint8_t*>(data);
+  // Most writes are a few bytes over bytes already there (a stream written
+  // again) or at the end.
+  if (count <= bytes_.size() - pos_) {
+    std::memcpy(bytes_.data() + pos_, src, count);
+    pos_ += count;
+    return;
+  }
   const std::size_t overlap = std::min<std::size_t>(count, bytes_.size() - pos_);
   if (overlap) std::memcpy(bytes_.data() + pos_, src, overlap);
   bytes_.insert(bytes_.end(), src + overlap, src + count);
@@ -150,22 +157,24 @@ double StreamFile::getDouble() {
   return v;
 }
 
-LightweightString<char> StreamFile::getString() {
+std::string_view StreamFile::getStringView() {
   const uint64_t at = pos_;
   if (remaining() < 4) {
     shortRead(formatText(" String length at offset %llu runs past the end of the stream.",
                          static_cast<unsigned long long>(at)));
     pos_ = bytes_.size();
-    return LightweightString<char>(std::string());
+    return {};
   }
   const uint32_t count = getUnsignedLong();
   if (count > remaining()) {
     shortRead(formatText(" String of %u bytes at offset %llu runs past the end of the stream.", count,
                          static_cast<unsigned long long>(at)));
     pos_ = bytes_.size();
-    return LightweightString<char>(std::string());
+    return {};
   }
-  std::string text(reinterpret_cast<const char*>(bytes_.data() + pos_), count);
+  const std::string_view text(reinterpret_cast<const char*>(bytes_.data() + pos_), count);
   pos_ += count;
-  return LightweightString<char>(std::move(text));
+  return text;
 }
+
+LightweightString<char> StreamFile::getString() { return LightweightString<char>(std::string(getStringView())); }

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -71,6 +72,9 @@ public:
   double getDouble();
   // A count that runs past the end fails the read and gives empty text.
   LightweightString<char> getString();
+  // The same, as a view into the stream's bytes: valid until the stream is
+  // written to; no copy is made.
+  std::string_view getStringView();
   bool readBytes(void* out, std::size_t count);
 
 private:

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
+#include <string_view>
 
 #include "host/notify/Log.h"
 #include "host/stream/DynamicIntegralStorage.h"
@@ -31,7 +32,10 @@ void StreamableTraitsBase::PackFunctionStack::popFront() noexcept {
 
 void StreamableTraitsBase::writeHeader(PStream& s, const char* shortName, StreamLayerVersion version, uint32_t ownSize,
                                        uint32_t totalSize) {
-  s.writeBinary(shortName, 0, false, false);
+  // The name straight from its characters: no text object per header.
+  const std::string_view name(shortName);
+  s.setUnsignedLong(static_cast<uint32_t>(name.size()));
+  s.writeBytes(name.data(), name.size());
   s.setCookedChar(version.major);
   s.setCookedChar(version.minor);
   s.setUnsignedLong(ownSize);
@@ -45,7 +49,6 @@ void StreamableTraitsBase::prependLayerName(LightweightString<char>& text, const
 int StreamableTraitsBase::packLayer(PStream& s, const LayerInfo& layer, StreamLayerVersion& version, const void* object,
                                     PackOwn packOwn, PackFunctionStack& stack) {
   stack.popFront(); // this layer's own entry
-  const uint64_t headerAt = s.position();
   version = layer.writtenVersion;
   // Placeholder sizes: a failed nested layer leaves them as an unmistakable mark.
   writeHeader(s, layer.shortName, version, 0xFFFFFFFFu, 0xFFFFFFFFu);
@@ -58,11 +61,14 @@ int StreamableTraitsBase::packLayer(PStream& s, const LayerInfo& layer, StreamLa
     if (!StreamResult::canContinue(nested)) return nested;
   }
   const uint64_t chainEnd = s.position();
-  s.seek(headerAt);
   // The layer's pack may have changed its version (a layer written in its
-  // current minor); the header takes it as it is now.
-  writeHeader(s, layer.shortName, version, static_cast<uint32_t>(ownEnd - dataAt),
-              static_cast<uint32_t>(chainEnd - dataAt));
+  // current minor); the header takes it as it is now, with the sizes. The
+  // name before them stands.
+  s.seek(dataAt - 10);
+  s.setCookedChar(version.major);
+  s.setCookedChar(version.minor);
+  s.setUnsignedLong(static_cast<uint32_t>(ownEnd - dataAt));
+  s.setUnsignedLong(static_cast<uint32_t>(chainEnd - dataAt));
   s.seek(chainEnd);
   return s.error() ? StreamResult::error : StreamResult::packed;
 }
@@ -75,7 +81,7 @@ int chunkEnded(PStream& s, int code) {
   return code;
 }
 
-bool isRootName(const LightweightString<char>& name) {
+bool isRootName(std::string_view name) {
   return name == Streamable::shortLayerName() || name == Streamable::layerName();
 }
 
@@ -85,11 +91,13 @@ int StreamableTraitsBase::unpackLayer(PStream& s, const LayerInfo& layer, const 
                                       StreamLayerVersion& version, void* object, UnpackOwn unpackOwn) {
   StreamTraceSink::Header trace;
   trace.offset = s.position();
-  trace.expectedLayer = layer.printableName;
+  if (s.traceSink()) trace.expectedLayer = layer.printableName;
 
-  LightweightString<char> name;
-  if (!s.eof()) s >> name;
-  trace.name = name;
+  // The name is looked at where it lies in the stream; text is made of it
+  // only for a trace or a message.
+  std::string_view name;
+  if (!s.eof()) name = s.getStringView();
+  if (s.traceSink()) trace.name = LightweightString<char>(std::string(name));
 
   unsigned major = 0;
   unsigned minor = 0;
@@ -106,8 +114,12 @@ int StreamableTraitsBase::unpackLayer(PStream& s, const LayerInfo& layer, const 
     minor = DynamicIntegralStorage<uint8_t, uint16_t>::unpack(s);
     trace.major = major;
     trace.minor = minor;
-    if (major > 255) return failHeader(" Strm1.0 Object has oversized major rev (" + name + "). ");
-    if (minor >= 256) return failHeader(" Strm1.0 Object has oversized minor rev (" + name + "). ");
+    if (major > 255)
+      return failHeader(" Strm1.0 Object has oversized major rev (" + LightweightString<char>(std::string(name)) +
+                        "). ");
+    if (minor >= 256)
+      return failHeader(" Strm1.0 Object has oversized minor rev (" + LightweightString<char>(std::string(name)) +
+                        "). ");
   } else if (format == 2) {
     major = s.eof() ? 0 : s.getCookedChar();
     minor = s.eof() ? 0 : s.getCookedChar();
@@ -161,10 +173,10 @@ int StreamableTraitsBase::unpackLayer(PStream& s, const LayerInfo& layer, const 
   if (!s.error() && !name.empty()) {
     // 64-bit arithmetic: a lying size can point past the end, never wrap.
     const uint64_t chainEnd = dataAt + totalSize;
-    if (name != layer.shortName && name != layer.printableName) {
+    if (name != layer.shortName && name != layer.printableName.view()) {
       // Not an error of the stream: the next object can still be read.
       s.appendErrorText("Expected short name '" + LightweightString<char>(layer.shortName) + "' for layer " +
-                        layer.printableName + ", got " + name + ".");
+                        layer.printableName + ", got " + LightweightString<char>(std::string(name)) + ".");
       s.seek(chainEnd);
       return chunkEnded(s, StreamResult::wrongLayerName);
     }
