@@ -170,6 +170,8 @@ EditPtr generateEdit(unsigned nodes, uint64_t seed, unsigned treeSize) {
 }
 
 int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
+  static const char* const usage =
+      "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S [--tree-size K] [--shape deep|forest] OUT";
   unsigned long nodes = 0;
   unsigned long treeSize = 40;
   unsigned long long seed = 1;
@@ -198,12 +200,12 @@ int runGenEditCommand(int argc, const char* const* argv, std::string& message) {
     } else if (out.empty() && !arg.starts_with("--")) {
       out = arg;
     } else {
-      message = "usage: fxgraph gen-edit --nodes N --seed S [--tree-size K] [--shape deep|forest] OUT";
+      message = usage;
       return 2;
     }
   }
   if (nodes == 0 || nodes > 10000000 || treeSize == 0 || out.empty()) {
-    message = "usage: fxgraph gen-edit --nodes N (1 to 10000000) --seed S [--tree-size K] OUT";
+    message = usage;
     return 2;
   }
   EditPtr edit = shape == "deep" ? generateDeepEdit(static_cast<unsigned>(nodes), seed)

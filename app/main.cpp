@@ -1,3 +1,5 @@
+#include <pthread.h>
+
 #include <iostream>
 #include <string>
 #include <vector>
@@ -18,12 +20,11 @@ const char* usage =
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
-    "  fxgraph gen-edit --nodes N --seed S [--shape deep] OUT   write a generated edit of about N graph nodes\n"
+    "  fxgraph gen-edit --nodes N --seed S [--tree-size K] [--shape deep|forest] OUT\n"
+    "                                         write a generated edit of about N graph nodes\n"
     "  fxgraph --version | --help\n";
 
-} // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.empty()) return fxgraph::runOpenCommand(fxgraph::examplesFolder() + "/promo.json", std::cout, std::cerr);
   if (args[0] == "--help" || args[0] == "-h") {
@@ -45,4 +46,36 @@ int main(int argc, char** argv) {
   if (args.size() == 1 && !args[0].starts_with("-")) return fxgraph::runOpenCommand(args[0], std::cout, std::cerr);
   std::cerr << "fxgraph: unknown command \"" << args[0] << "\"; try fxgraph --help\n";
   return 2;
+}
+
+// Graphs can be deep (a chain of a hundred thousand effects), and walks down
+// them go as deep: the program runs on a thread with room for that. The
+// room is only address space until a walk uses it.
+struct Run {
+  int argc;
+  char** argv;
+  int status = 0;
+};
+
+void* runThread(void* arg) {
+  Run& r = *static_cast<Run*>(arg);
+  r.status = run(r.argc, r.argv);
+  return nullptr;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  constexpr std::size_t stackBytes = std::size_t(1) << 30;
+  Run r{argc, argv};
+  pthread_attr_t attr;
+  pthread_t thread;
+  if (pthread_attr_init(&attr) == 0 && pthread_attr_setstacksize(&attr, stackBytes) == 0 &&
+      pthread_create(&thread, &attr, runThread, &r) == 0) {
+    pthread_attr_destroy(&attr);
+    pthread_join(thread, nullptr);
+    return r.status;
+  }
+  // No such thread to be had: run here, with the stack there is.
+  return run(argc, argv);
 }
