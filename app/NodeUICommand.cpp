@@ -1,6 +1,9 @@
 #include "app/NodeUICommand.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <ostream>
@@ -9,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/PositionRecordsJson.h"
+#include "host/core/JsonNesting.h"
 #include "host/notify/Log.h"
 #include "host/stream/ObjectsFile.h"
 #include "host/stream/StreamTraceSink.h"
@@ -48,19 +52,45 @@ std::string lineAndColumn(const std::string& text, std::size_t offset) {
   return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-bool readTextFile(const std::string& path, std::string& text) {
+// Records files are small: a bound keeps a device or a runaway file from
+// being read into memory whole.
+constexpr std::uintmax_t largestRecordsFile = std::uintmax_t(64) << 20;
+
+bool readTextFile(const std::string& path, std::string& text, std::string& why) {
+  std::error_code ec;
+  const std::filesystem::file_status status = std::filesystem::status(path, ec);
+  if (ec) {
+    why = "cannot read " + path + ": " + ec.message();
+    return false;
+  }
+  if (!std::filesystem::is_regular_file(status)) {
+    why = "cannot read " + path + ": not a regular file";
+    return false;
+  }
+  if (std::filesystem::file_size(path, ec) > largestRecordsFile) {
+    why = "cannot read " + path + ": larger than 64 MB";
+    return false;
+  }
   std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
+  if (!in) {
+    why = "cannot read " + path + ": " + std::strerror(errno);
+    return false;
+  }
   std::ostringstream all;
   all << in.rdbuf();
   text = all.str();
-  return static_cast<bool>(in) || in.eof();
+  return true;
 }
 
 int pack(const std::string& jsonPath, const std::string& outPath, std::ostream& out, std::ostream& err) {
-  std::string text;
-  if (!readTextFile(jsonPath, text)) {
-    err << "fxgraph: cannot read " << jsonPath << "\n";
+  std::string text, why;
+  if (!readTextFile(jsonPath, text, why)) {
+    err << "fxgraph: " << why << "\n";
+    return 1;
+  }
+  if (const std::size_t at = jsonTooDeepAt(text); at != std::string::npos) {
+    err << "fxgraph: " << jsonPath << ": " << lineAndColumn(text, at) << ": values nested deeper than "
+        << maxJsonNesting << " levels\n";
     return 1;
   }
   nlohmann::json doc;
@@ -69,9 +99,14 @@ int pack(const std::string& jsonPath, const std::string& outPath, std::ostream& 
   } catch (const nlohmann::json::parse_error& e) {
     err << "fxgraph: " << jsonPath << ": " << lineAndColumn(text, e.byte > 0 ? e.byte - 1 : 0) << ": not valid JSON\n";
     return 1;
+  } catch (const nlohmann::json::out_of_range&) {
+    err << "fxgraph: " << jsonPath << ": a number out of range\n";
+    return 1;
+  } catch (const nlohmann::json::exception&) {
+    err << "fxgraph: " << jsonPath << ": not valid JSON\n";
+    return 1;
   }
   Ux::Ptr<NodeUIPosManager> manager(new NodeUIPosManager());
-  std::string why;
   if (!recordsFromJson(doc, *manager, why)) {
     err << "fxgraph: " << jsonPath << ": " << why << "\n";
     return 1;

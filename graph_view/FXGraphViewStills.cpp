@@ -77,9 +77,17 @@ void FXGraphView::takeStills() {
     else
       nodes.insert(f.node);
   }
-  // Only what shows the new stills is drawn again; many at once, in one go.
+  if (preview) {
+    // The preview lies over everything else: it alone is drawn again.
+    const auto w = getWindowPos();
+    const PixelBox held = canvas().getClipRect();
+    canvas().setClipRect({std::max(previewBox_.x0 - 2, w.x0), std::max(previewBox_.y0 - 2, w.y0),
+                          std::min(previewBox_.x1 + 2, w.x1), std::min(previewBox_.y1 + 2, w.y1)});
+    drawStills();
+    canvas().setClipRect(held);
+  }
+  // Only what shows the new thumbnails is drawn again; many at once, in one go.
   std::vector<PixelBox> areas;
-  if (preview) areas.push_back({previewBox_.x0 - 2, previewBox_.y0 - 2, previewBox_.x1 + 2, previewBox_.y1 + 2});
   for (const auto& n : nodes_)
     if (n->drawnLast() && nodes.count(n->getNodeID())) {
       const PixelBox& t = n->thumbBox();

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/core/JsonNesting.h"
 #include "host/stream/AtomicFiles.h"
 
 namespace LayoutFile {
@@ -29,6 +30,10 @@ bool load(const std::string& path, std::vector<configb>& out, std::string& why) 
   std::ifstream in(path, std::ios::binary);
   std::ostringstream text;
   text << in.rdbuf();
+  if (jsonTooDeepAt(text.str()) != std::string::npos) {
+    why = path + ": not a layout file (values nested deeper than " + std::to_string(maxJsonNesting) + " levels)";
+    return false;
+  }
   const nlohmann::json doc = nlohmann::json::parse(text.str(), nullptr, false);
   if (doc.is_discarded() || !doc.is_object() || !doc.contains("globs") || !doc["globs"].is_array()) {
     why = path + ": not a layout file (wants {\"globs\": [...]})";

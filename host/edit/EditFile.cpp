@@ -25,6 +25,37 @@ using nlohmann::json;
 
 namespace {
 
+// A parse error in plain words, with the text it stopped at (cut short,
+// odd bytes escaped) rather than the library's own message.
+std::string plainReason(const nlohmann::detail::exception& e, const std::string& token) {
+  // The end of what was read is where the text went wrong.
+  const std::string tail = token.size() > 24 ? token.substr(token.size() - 24) : token;
+  std::string shown = token.size() > 24 ? "..." : "";
+  for (const char ch : tail) {
+    const auto c = static_cast<unsigned char>(ch);
+    if (c >= 0x20 && c < 0x7f) {
+      shown += ch;
+    } else {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02x", c);
+      shown += hex;
+    }
+  }
+  const std::string what = e.what();
+  std::string reason = "not valid JSON";
+  if (e.id == 406)
+    reason = "a number out of range";
+  else if (what.find("unexpected end of input") != std::string::npos || token.empty())
+    reason = "the text ends too soon";
+  else if (what.find("invalid string") != std::string::npos)
+    reason = "a string that is not valid";
+  else if (what.find("invalid literal") != std::string::npos)
+    reason = "a word that is not JSON";
+  else if (what.find("invalid number") != std::string::npos)
+    reason = "a number that is not valid";
+  return shown.empty() ? reason : reason + " at \"" + shown + "\"";
+}
+
 // Builds the document through the parser's SAX events, noting the line of
 // every value by its JSON pointer, so that a wrong value can be reported
 // where it stands. The lexer has read the token when the event arrives, so
@@ -48,13 +79,12 @@ public:
   bool end_object() override { return close(); }
   bool start_array(std::size_t) override { return open(json::array()); }
   bool end_array() override { return close(); }
-  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception& e) override {
+  bool parse_error(std::size_t, const std::string& token, const nlohmann::detail::exception& e) override {
     errorLine = line_;
-    error = e.what();
-    // Keep only the reason, without the library's prefix.
-    if (auto at = error.find("syntax error"); at != std::string::npos) error = error.substr(at);
+    error = plainReason(e, token);
     return false;
   }
+  static constexpr std::size_t maxNesting = 256;
 
   json root;
   std::map<std::string, std::size_t> lines;
@@ -87,6 +117,13 @@ private:
     return true;
   }
   bool open(json value) {
+    // Deeper nesting than any edit has is refused before it costs memory
+    // (each level's place is kept as text).
+    if (stack_.size() >= maxNesting) {
+      errorLine = line_;
+      error = "values nested deeper than " + std::to_string(maxNesting) + " levels";
+      return false;
+    }
     const std::string pointer = childPointer();
     lines[pointer] = line_;
     json* node = place(std::move(value));

@@ -155,10 +155,17 @@ TEST_F(NodeUICommandTest, MalformedRecordsAreRefusedOnOneLineAndWriteNothing) {
       {R"({"records": [{"node": "1.0.1", "draw": [null, 2.0]}]})", "\"draw\""},
       {R"({"records": [{"node": "1.0.1", "manual": ["nan", 2.0]}]})", "\"manual\""},
       {R"({"records": [{"node": "1.0.1", "manualSet": "yes"}]})", "\"manualSet\""},
+      // Hostile input: a number no double holds, and nesting deeper than
+      // any records file (even inside a field nobody reads).
+      {R"({"records":[{"node":"2.0.1","draw":[1e400,0]}]})", "a number out of range"},
+      {std::string(60000, '['), "nested deeper than 256 levels"},
+      {R"({"records": [], "future": )" + std::string(300, '[') + std::string(300, ']') + "}",
+       "line 1, column 282: values nested deeper than 256 levels"},
   };
   for (const Case& c : cases) {
     const Outcome r = nodeui({"pack", folder.write("in.json", c.json), path("out.objects")});
-    EXPECT_NE(r.status, 0) << c.json;
+    EXPECT_EQ(r.status, 1) << c.json;
+    EXPECT_EQ(r.err.find("exception"), std::string::npos) << "plain words, not a library's text: " << r.err;
     EXPECT_TRUE(isOneLine(r.err)) << r.err;
     EXPECT_NE(r.err.find(c.mentions), std::string::npos) << "expected \"" << c.mentions << "\" in: " << r.err;
     EXPECT_NE(r.err.find(path("in.json")), std::string::npos) << r.err;
@@ -176,6 +183,16 @@ TEST_F(NodeUICommandTest, MissingFilesOrWrongArgumentsFail) {
     EXPECT_EQ(r.status, 1) << args[0];
     EXPECT_TRUE(isOneLine(r.err)) << r.err;
     EXPECT_NE(r.err.find(args[1]), std::string::npos) << r.err;
+  }
+  EXPECT_FALSE(fs::exists(path("out.objects")));
+  // Records that are no file, or a file that never ends, are refused before
+  // any of it is read.
+  fs::create_directory(path("folder.json"));
+  for (const std::string& records : {path("folder.json"), std::string("/dev/zero")}) {
+    const Outcome r = nodeui({"pack", records, path("out.objects")});
+    EXPECT_EQ(r.status, 1) << records;
+    EXPECT_TRUE(isOneLine(r.err)) << r.err;
+    EXPECT_NE(r.err.find("not a regular file"), std::string::npos) << r.err;
   }
   EXPECT_FALSE(fs::exists(path("out.objects")));
   for (const auto& args : std::vector<std::vector<std::string>>{

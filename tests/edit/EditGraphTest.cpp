@@ -188,7 +188,7 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
     const char* reason;
   };
   const Case cases[] = {
-      {"{\n\"name\": \"x\",\n\"channels\": [\n}", ":4:", "syntax error"},
+      {"{\n\"name\": \"x\",\n\"channels\": [\n}", ":4:", "not valid JSON at \"\"channels\": [<U+000A>}\""},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}",
        ":3:", "used twice"},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\",\n  \"kind\": \"sprocket\"}]}", ":3:", "unknown kind"},
@@ -206,6 +206,24 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
     EXPECT_NE(r.error.find(std::string("bad.json") + c.where), std::string::npos) << r.error;
     EXPECT_NE(r.error.find(c.reason), std::string::npos) << r.error;
   }
+}
+
+TEST(EditFileTest, HostileTextIsRefusedInPlainWordsAtLittleCost) {
+  // Nesting far deeper than any edit, even under a field nobody reads: refused
+  // at the level past the limit, before the parser's memory grows with it.
+  const std::string deep = std::string(60000, '[');
+  const std::string unknown = "{\"name\": \"x\", \"future\":\n" + std::string(10000, '[') + "}";
+  for (const std::string& text : {deep, unknown}) {
+    const auto r = EditFile::parse(text, "deep.json", ".");
+    EXPECT_FALSE(r.edit);
+    EXPECT_NE(r.error.find("nested deeper than 256 levels"), std::string::npos) << r.error.substr(0, 200);
+  }
+  // A number no double holds, and text that stops short.
+  auto r = EditFile::parse("{\"frameRate\": 1e400}", "big.json", ".");
+  EXPECT_EQ(r.error, "big.json:1: a number out of range at \"1e400\"");
+  r = EditFile::parse("{\"name\": \"x", "short.json", ".");
+  EXPECT_NE(r.error.find("short.json:1: "), std::string::npos) << r.error;
+  EXPECT_EQ(r.error.find("syntax error"), std::string::npos) << r.error;
 }
 
 } // namespace
