@@ -14,6 +14,7 @@
 #include "app/PositionRecordsJson.h"
 #include "host/core/JsonNesting.h"
 #include "host/notify/Log.h"
+#include "host/stream/BoundedRead.h"
 #include "host/stream/ObjectsFile.h"
 #include "host/stream/StreamTraceSink.h"
 #include "node_ui/NodeUIPosManager.h"
@@ -54,32 +55,12 @@ std::string lineAndColumn(const std::string& text, std::size_t offset) {
 
 // Records files are small: a bound keeps a device or a runaway file from
 // being read into memory whole.
-constexpr std::uintmax_t largestRecordsFile = std::uintmax_t(64) << 20;
+constexpr std::size_t largestRecordsFile = std::size_t(64) << 20;
 
 bool readTextFile(const std::string& path, std::string& text, std::string& why) {
-  std::error_code ec;
-  const std::filesystem::file_status status = std::filesystem::status(path, ec);
-  if (ec) {
-    why = "cannot read " + path + ": " + ec.message();
-    return false;
-  }
-  if (!std::filesystem::is_regular_file(status)) {
-    why = "cannot read " + path + ": not a regular file";
-    return false;
-  }
-  if (std::filesystem::file_size(path, ec) > largestRecordsFile) {
-    why = "cannot read " + path + ": larger than 64 MB";
-    return false;
-  }
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    why = "cannot read " + path + ": " + std::strerror(errno);
-    return false;
-  }
-  std::ostringstream all;
-  all << in.rdbuf();
-  text = all.str();
-  return true;
+  if (readBoundedFile(path, largestRecordsFile, text, why)) return true;
+  why = "cannot read " + path + ": " + why;
+  return false;
 }
 
 int pack(const std::string& jsonPath, const std::string& outPath, std::ostream& out, std::ostream& err) {
@@ -242,7 +223,11 @@ int inspect(const std::string& path, std::ostream& out, std::ostream& err) {
   ChunkTree tree;
   ReadBack r = readBack(path, &tree);
   PStream sizeProbe;
-  sizeProbe.openRead(path);
+  if (!sizeProbe.openRead(path)) {
+    // No chunks to list: the file could not be read at all.
+    err << "fxgraph: " << path << ": " << trimmed(sizeProbe.errorText().str()) << "\n";
+    return 1;
+  }
   out << path << ": " << sizeProbe.size() << " bytes, " << r.file.declaredCount << " object(s) declared\n";
   out << std::left << std::setw(10) << "offset" << std::setw(24) << "layer" << std::setw(9) << "version"
       << std::setw(12) << "own size" << std::setw(12) << "total size"

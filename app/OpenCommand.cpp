@@ -7,6 +7,7 @@
 #include "app/Session.h"
 #include "app/StateDump.h"
 #include "app/WindowLoop.h"
+#include "host/stream/AtomicFiles.h"
 #include "host/ui/GlobManager.h"
 
 namespace fxgraph {
@@ -33,8 +34,9 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
       session.finishStills();
       // For automation: the state as the window left it.
       if (const char* dumpPath = std::getenv("FXGRAPH_STATE_DUMP"); windowed && dumpPath && *dumpPath) {
-        std::ofstream dump(dumpPath, std::ios::binary);
-        dump << dumpState(session).dump(2) << "\n";
+        std::string failure;
+        if (!writeFileAtomically(dumpPath, dumpState(session).dump(2) + "\n", failure))
+          err << "fxgraph: " << failure << "\n";
       }
       if (!windowed) {
         const std::string picture = "fxgraph-screen.png";

@@ -1,6 +1,7 @@
 #include "app/RenderCommand.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <ostream>
 
@@ -8,6 +9,7 @@
 #include "app/Session.h"
 #include "app/StateDump.h"
 #include "host/config/EditorPreferences.h"
+#include "host/stream/AtomicFiles.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
 
@@ -88,6 +90,14 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
     err << "fxgraph render: " << why << "\n";
     return 2;
   }
+  // A preferences file that is there must be one that can be kept: the
+  // session would otherwise end without saving what it changed.
+  std::error_code ec;
+  if (!o.prefs.empty() && std::filesystem::exists(o.prefs, ec) &&
+      !std::filesystem::is_regular_file(finalTargetOf(o.prefs), ec)) {
+    err << "fxgraph: " << o.prefs << ": not a preferences file (not a regular file)\n";
+    return 1;
+  }
   if (!o.prefs.empty()) setPreferencesFile(o.prefs);
   // Timers follow the script's ticks, not the wall clock.
   HostClock::driveByHand(0);
@@ -108,21 +118,19 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
       }
       // The picture and the dump show every still.
       session.finishStills();
-      if (status == 0 && !o.png.empty() && !GlobManager::writePNG(o.png)) {
-        err << "fxgraph: cannot write " << o.png << "\n";
+      // Each output is written whole or not at all, with the system's reason when it cannot be.
+      std::string failure;
+      if (status == 0 && !o.png.empty() && !GlobManager::writePNG(o.png, &failure)) {
+        err << "fxgraph: " << (failure.empty() ? "cannot write " + o.png : failure) << "\n";
         status = 1;
       }
-      if (status == 0 && !o.svg.empty() && !GlobManager::writeSVG(o.svg)) {
-        err << "fxgraph: cannot write " << o.svg << "\n";
+      if (status == 0 && !o.svg.empty() && !GlobManager::writeSVG(o.svg, &failure)) {
+        err << "fxgraph: " << (failure.empty() ? "cannot write " + o.svg : failure) << "\n";
         status = 1;
       }
-      if (status == 0 && !o.dump.empty()) {
-        std::ofstream dump(o.dump, std::ios::binary);
-        dump << dumpState(session).dump(2) << "\n";
-        if (!dump) {
-          err << "fxgraph: cannot write " << o.dump << "\n";
-          status = 1;
-        }
+      if (status == 0 && !o.dump.empty() && !writeFileAtomically(o.dump, dumpState(session).dump(2) + "\n", failure)) {
+        err << "fxgraph: " << failure << "\n";
+        status = 1;
       }
       if (status == 0 && o.png.empty() && o.svg.empty() && o.dump.empty())
         out << "rendered " << o.edit << " (give --png, --svg or --dump to keep the result)\n";

@@ -10,6 +10,8 @@
 
 #include "app/StateDump.h"
 #include "host/edit/EditFile.h"
+#include "host/stream/AtomicFiles.h"
+#include "host/stream/BoundedRead.h"
 #include "host/ui/Checkbox.h"
 #include "host/ui/DropDownMenuButton.h"
 #include "host/ui/GlobManager.h"
@@ -53,23 +55,19 @@ std::string rest(const std::string& line, const std::string& after) {
 }
 
 bool writeText(const std::string& path, const std::string& text, std::string& why) {
-  std::ofstream out(path, std::ios::binary);
-  out << text;
-  if (!out) {
-    why = "cannot write " + path;
-    return false;
-  }
-  return true;
+  return writeFileAtomically(path, text, why);
 }
 
 } // namespace
 
 bool ScriptRunner::runFile(const std::string& path, std::string& why) {
-  std::ifstream in(path);
-  if (!in) {
-    why = path + ": cannot open the script";
+  constexpr std::size_t largest = std::size_t(16) << 20;
+  std::string text, failure;
+  if (!readBoundedFile(path, largest, text, failure)) {
+    why = path + ": cannot run the script: " + failure;
     return false;
   }
+  std::istringstream in(text);
   int number = 0;
   for (std::string line; std::getline(in, line);) {
     ++number;

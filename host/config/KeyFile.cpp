@@ -5,9 +5,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <unistd.h>
 
 #include "host/notify/Log.h"
+#include "host/stream/AtomicFiles.h"
+#include "host/stream/BoundedRead.h"
 
 namespace {
 
@@ -98,11 +101,13 @@ bool KeyFile::load(const std::string& path, const char* what) {
   index_.clear();
   std::error_code ec;
   if (!std::filesystem::exists(path, ec)) return true;
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    Log::printf("%s: cannot read %s (%s); using the defaults", what_, path.c_str(), std::strerror(errno));
+  constexpr std::size_t largest = std::size_t(16) << 20;
+  std::string all, why;
+  if (!readBoundedFile(path, largest, all, why)) {
+    Log::printf("%s: cannot read %s (%s); using the defaults", what_, path.c_str(), why.c_str());
     return false;
   }
+  std::istringstream in(all);
   std::string text;
   for (std::size_t number = 1; std::getline(in, text); ++number) {
     Line line{text, {}};
@@ -172,23 +177,12 @@ bool KeyFile::write() const {
   const fs::path target(path_);
   std::error_code ec;
   if (target.has_parent_path()) fs::create_directories(target.parent_path(), ec);
-  const std::string temp = path_ + ".tmp." + std::to_string(::getpid());
-  std::FILE* f = std::fopen(temp.c_str(), "wb");
-  bool ok = f != nullptr;
+  std::string text, why;
   for (const Line& l : lines_) {
-    if (!ok) break;
-    ok = std::fwrite(l.text.data(), 1, l.text.size(), f) == l.text.size() && std::fputc('\n', f) != EOF;
+    text += l.text;
+    text += '\n';
   }
-  if (f) {
-    // The data must be on disk before the rename makes it the file.
-    ok = ok && std::fflush(f) == 0 && ::fsync(::fileno(f)) == 0;
-    ok = std::fclose(f) == 0 && ok;
-  }
-  if (ok) ok = std::rename(temp.c_str(), path_.c_str()) == 0;
-  if (!ok) {
-    Log::printf("%s: cannot write %s (%s); the change is kept until the program ends", what_, path_.c_str(),
-                std::strerror(errno));
-    std::remove(temp.c_str());
-  }
+  const bool ok = writeFileAtomically(path_, text, why);
+  if (!ok) Log::printf("%s: %s; the change is kept until the program ends", what_, why.c_str());
   return ok;
 }

@@ -11,6 +11,8 @@
 #include <cairo.h>
 #include <pango/pangocairo.h>
 
+#include "host/stream/AtomicFiles.h"
+
 namespace {
 
 void setColour(cairo_t* cr, const NormalisedRGB& c) { cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a); }
@@ -241,14 +243,34 @@ Ux::Ptr<UxImage> ScreenSurface::snapshot() const {
   return image;
 }
 
-bool ScreenSurface::writePNG(const std::string& path) const {
+namespace {
+
+// Cairo writes pictures in pieces: they are gathered in memory and the
+// file is written whole.
+cairo_status_t gather(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+} // namespace
+
+bool ScreenSurface::writePNG(const std::string& path, std::string* why) const {
   cairo_surface_flush(surface_);
-  return cairo_surface_write_to_png(surface_, path.c_str()) == CAIRO_STATUS_SUCCESS;
+  std::string bytes, reason;
+  if (cairo_surface_write_to_png_stream(surface_, gather, &bytes) != CAIRO_STATUS_SUCCESS) {
+    if (why) *why = path + ": cannot make the picture";
+    return false;
+  }
+  if (writeFileAtomically(path, bytes, reason)) return true;
+  if (why) *why = reason;
+  return false;
 }
 
 bool ScreenSurface::beginSVG(const std::string& path) {
   endSVG();
-  svg_ = cairo_svg_surface_create(path.c_str(), width_, height_);
+  svgPath_ = path;
+  svgBytes_.clear();
+  svg_ = cairo_svg_surface_create_for_stream(gather, &svgBytes_, width_, height_);
   if (cairo_surface_status(svg_) != CAIRO_STATUS_SUCCESS) {
     cairo_surface_destroy(svg_);
     svg_ = nullptr;
@@ -261,11 +283,17 @@ bool ScreenSurface::beginSVG(const std::string& path) {
   return true;
 }
 
-void ScreenSurface::endSVG() {
-  if (!svg_) return;
+bool ScreenSurface::endSVG(std::string* why) {
+  if (!svg_) return false;
   cairo_destroy(svgContext_);
   cairo_surface_finish(svg_);
+  const bool made = cairo_surface_status(svg_) == CAIRO_STATUS_SUCCESS;
   cairo_surface_destroy(svg_);
   svg_ = nullptr;
   svgContext_ = nullptr;
+  std::string reason = svgPath_ + ": cannot make the picture";
+  const bool ok = made && writeFileAtomically(svgPath_, svgBytes_, reason);
+  if (!ok && why) *why = reason;
+  svgBytes_.clear();
+  return ok;
 }

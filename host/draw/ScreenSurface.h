@@ -54,12 +54,15 @@ public:
 
   // The picture as it is now (rows top first).
   Ux::Ptr<UxImage> snapshot() const;
-  bool writePNG(const std::string& path) const;
+  // Writes the picture as a PNG file whole or not at all; false with the
+  // reason when it cannot.
+  bool writePNG(const std::string& path, std::string* why = nullptr) const;
 
-  // Draws into an SVG file instead of the image until endSVG(); the caller
-  // draws the whole screen in between.
+  // Draws into an SVG document instead of the image until endSVG(), which
+  // writes it to the file whole or not at all (false, with the reason, when
+  // it cannot); the caller draws the whole screen in between.
   bool beginSVG(const std::string& path);
-  void endSVG();
+  bool endSVG(std::string* why = nullptr);
 
   // The default font family and the size of text in widgets.
   static const char* defaultFont() noexcept { return "Sans"; }
@@ -76,6 +79,7 @@ private:
   cairo_t* context_ = nullptr;
   cairo_surface_t* svg_ = nullptr;
   cairo_t* svgContext_ = nullptr;
+  std::string svgPath_, svgBytes_;
   std::vector<Glib::PixelBox> modified_;
   std::vector<Recorded>* recorder_ = nullptr;
 };

@@ -19,6 +19,7 @@
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/ProjectDatabase.h"
 #include "host/stream/AtomicFiles.h"
+#include "host/stream/BoundedRead.h"
 #include "host/stream/ObjectsFile.h"
 
 using nlohmann::json;
@@ -487,15 +488,15 @@ EditFile::LoadResult EditFile::parse(const std::string& text, const std::string&
 }
 
 EditFile::LoadResult EditFile::load(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  // An edit file is text of a few megabytes at most.
+  constexpr std::size_t largest = std::size_t(256) << 20;
+  std::string text, failure;
+  if (!readBoundedFile(path, largest, text, failure)) {
     LoadResult r;
-    r.error = path + ": cannot open: " + std::strerror(errno);
+    r.error = path + ": " + failure;
     return r;
   }
-  std::ostringstream all;
-  all << in.rdbuf();
-  LoadResult r = parse(all.str(), path, folderOf(path));
+  LoadResult r = parse(text, path, folderOf(path));
   if (!r.edit) return r;
 
   const std::string sidecar = sidecarPath(path);

@@ -1,58 +1,142 @@
 #include "host/stream/AtomicFiles.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <set>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-bool writeSynced(const std::string& path, const void* data, std::size_t size, std::string& why) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string nameOf(const std::string& path) {
+  const std::size_t slash = path.find_last_of('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string systemReason(int error) { return std::strerror(error); }
+
+// A temporary beside the target, made with O_EXCL (so never through a link
+// or over a file that is there), holding the bytes, synced, with the mode
+// the target should have.
+bool writeTemporary(const std::string& target, const void* data, std::size_t size, mode_t mode, std::string& temp,
+                    std::string& why) {
+  std::string pattern = folderOf(target) + "/." + nameOf(target) + ".XXXXXX";
+  std::vector<char> name(pattern.begin(), pattern.end());
+  name.push_back('\0');
+  const int fd = ::mkostemp(name.data(), O_CLOEXEC);
   if (fd < 0) {
-    why = path + ": cannot create: " + std::strerror(errno);
+    why = target + ": cannot create a file beside it: " + systemReason(errno);
     return false;
   }
+  temp = name.data();
   const char* p = static_cast<const char*>(data);
-  bool ok = true;
+  int error = 0;
   while (size > 0) {
     const ssize_t n = ::write(fd, p, size);
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) {
-      ok = false;
+      error = n < 0 ? errno : ENOSPC;
       break;
     }
     p += n;
     size -= static_cast<std::size_t>(n);
   }
-  const int writeErrno = errno;
-  if (ok && ::fsync(fd) != 0) ok = false;
-  if (::close(fd) != 0) ok = false;
-  if (!ok) why = path + ": cannot write: " + std::strerror(writeErrno ? writeErrno : errno);
+  if (!error && ::fchmod(fd, mode) != 0) error = errno;
+  if (!error && ::fsync(fd) != 0) error = errno;
+  if (::close(fd) != 0 && !error) error = errno;
+  if (error) {
+    why = target + ": cannot write: " + systemReason(error);
+    ::unlink(temp.c_str());
+    temp.clear();
+    return false;
+  }
+  return true;
+}
+
+bool syncFolder(const std::string& folder, std::string& why) {
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) {
+    why = folder + ": cannot sync the folder: " + systemReason(errno);
+    return false;
+  }
+  const bool ok = ::fsync(fd) == 0 || errno == EINVAL; // some file systems cannot sync folders
+  const int error = errno;
+  ::close(fd);
+  if (!ok) why = folder + ": cannot sync the folder: " + systemReason(error);
   return ok;
 }
 
 } // namespace
 
+std::string finalTargetOf(const std::string& path) {
+  std::string at = path;
+  for (int hops = 0; hops < 40; ++hops) {
+    struct stat st;
+    if (::lstat(at.c_str(), &st) != 0 || !S_ISLNK(st.st_mode)) return at;
+    std::vector<char> buffer(PATH_MAX + 1);
+    const ssize_t n = ::readlink(at.c_str(), buffer.data(), PATH_MAX);
+    if (n <= 0) return at;
+    const std::string link(buffer.data(), static_cast<std::size_t>(n));
+    at = link.front() == '/' ? link : folderOf(at) + "/" + link;
+  }
+  return at;
+}
+
 bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& why) {
-  std::vector<std::string> temps;
+  std::vector<std::string> targets, temps;
   auto discard = [&temps]() {
-    for (const std::string& t : temps) ::unlink(t.c_str());
+    for (const std::string& t : temps)
+      if (!t.empty()) ::unlink(t.c_str());
   };
   for (const FileToWrite& f : files) {
-    temps.push_back(f.path + ".tmp");
-    if (!writeSynced(temps.back(), f.data, f.size, why)) {
+    const std::string target = finalTargetOf(f.path);
+    // New files get what the user's mask allows; a file replaced keeps its own.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    mode_t mode = 0666 & ~mask;
+    struct stat st;
+    if (::stat(target.c_str(), &st) == 0) {
+      if (!S_ISREG(st.st_mode)) {
+        why = f.path + ": cannot write: not a regular file";
+        discard();
+        return false;
+      }
+      mode = st.st_mode & 07777;
+    }
+    std::string temp;
+    if (!writeTemporary(target, f.data, f.size, mode, temp, why)) {
       discard();
       return false;
     }
+    targets.push_back(target);
+    temps.push_back(temp);
   }
+  std::set<std::string> folders;
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (std::rename(temps[i].c_str(), files[i].path.c_str()) != 0) {
-      why = files[i].path + ": cannot put the saved file in place: " + std::strerror(errno);
+    if (std::rename(temps[i].c_str(), targets[i].c_str()) != 0) {
+      why = files[i].path + ": cannot put the saved file in place: " + systemReason(errno);
       discard();
       return false;
     }
+    temps[i].clear();
+    folders.insert(folderOf(targets[i]));
   }
+  // The renames last only once their folders are on disk.
+  for (const std::string& folder : folders)
+    if (!syncFolder(folder, why)) return false;
   return true;
+}
+
+bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string& why) {
+  return writeFilesAtomically({{path, bytes.data(), bytes.size()}}, why);
 }

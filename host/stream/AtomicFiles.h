@@ -6,14 +6,27 @@
 #include "host/FxHostApi.h"
 
 // Writes files so that a failure never leaves one half-written: each is
-// written beside its place under a temporary name and flushed to disk, and
-// only when all are whole are they renamed into place.
+// written beside its place under a fresh temporary name (made exclusively,
+// never through a link someone planted), synced to disk, and only when all
+// are whole are they renamed into place and their folders synced.
+//
+// A target that is a symbolic link is written through to the file it names
+// (the link stays a link); a target that exists keeps its permissions; a
+// target that exists and is not a regular file (a folder, a device, a pipe)
+// is refused.
 struct FileToWrite {
   std::string path;
   const void* data = nullptr;
   std::size_t size = 0;
 };
 
-// False, with the reason, when a file could not be written; the files
-// already in place are then left as they were.
+// False, with the reason (the system's own words where it refused), when a
+// file could not be written; the files already in place are then left as
+// they were and no temporary is left behind.
 FXHOST_API bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& why);
+// One file, the same way.
+FXHOST_API bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string& why);
+
+// The file a path finally names, following symbolic links (up to 40): the
+// path itself when it is no link or does not exist.
+FXHOST_API std::string finalTargetOf(const std::string& path);

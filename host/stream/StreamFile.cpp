@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "host/stream/AtomicFiles.h"
+#include "host/stream/BoundedRead.h"
 
 StreamFile::StreamFile() = default;
 
@@ -17,20 +18,15 @@ bool StreamFile::openRead(const std::string& path) {
   pos_ = 0;
   path_ = path;
   mode_ = Mode::fileRead;
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) {
-    failRead(formatText(" Cannot open %s for reading: %s.", path.c_str(), std::strerror(errno)));
+  // Objects files hold small records: a bound keeps a device or a runaway
+  // file from being read whole.
+  constexpr std::size_t largest = std::size_t(256) << 20;
+  std::string text, why;
+  if (!readBoundedFile(path, largest, text, why)) {
+    failRead(formatText(" Cannot read %s: %s.", path.c_str(), why.c_str()));
     return false;
   }
-  unsigned char chunk[65536];
-  std::size_t got = 0;
-  while ((got = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes_.insert(bytes_.end(), chunk, chunk + got);
-  const bool failed = std::ferror(f) != 0;
-  std::fclose(f);
-  if (failed) {
-    failRead(formatText(" Cannot read %s.", path.c_str()));
-    return false;
-  }
+  bytes_.assign(text.begin(), text.end());
   return true;
 }
 

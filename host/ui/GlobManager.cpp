@@ -367,17 +367,16 @@ void GlobManager::endDeferral() {
   if (--screen->deferrals == 0) update();
 }
 
-bool GlobManager::writePNG(const std::string& path) {
+bool GlobManager::writePNG(const std::string& path, std::string* why) {
   if (!initialised()) return false;
   update();
-  return screen->surface->writePNG(path);
+  return screen->surface->writePNG(path, why);
 }
 
-bool GlobManager::writeSVG(const std::string& path) {
+bool GlobManager::writeSVG(const std::string& path, std::string* why) {
   if (!initialised() || !screen->surface->beginSVG(path)) return false;
   drawAll();
-  screen->surface->endSVG();
-  return true;
+  return screen->surface->endSVG(why);
 }
 
 void GlobManager::forget(Glob* glob) {

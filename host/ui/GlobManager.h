@@ -88,8 +88,10 @@ public:
   static bool deferring();
   static void beginDeferral();
   static void endDeferral();
-  static bool writePNG(const std::string& path);
-  static bool writeSVG(const std::string& path);
+  // The screen as a picture file, written whole or not at all; false with
+  // the reason when it cannot be.
+  static bool writePNG(const std::string& path, std::string* why = nullptr);
+  static bool writeSVG(const std::string& path, std::string* why = nullptr);
 
   // A glob is going: forget every reference to it.
   static void forget(Glob* glob);

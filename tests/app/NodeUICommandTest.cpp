@@ -172,7 +172,7 @@ TEST_F(NodeUICommandTest, MalformedRecordsAreRefusedOnOneLineAndWriteNothing) {
     EXPECT_TRUE(r.out.empty()) << r.out;
   }
   EXPECT_FALSE(fs::exists(path("out.objects")));
-  EXPECT_FALSE(fs::exists(path("out.objects.tmp")));
+  EXPECT_TRUE(folder.leftovers().empty());
 }
 
 TEST_F(NodeUICommandTest, MissingFilesOrWrongArgumentsFail) {
@@ -218,7 +218,7 @@ TEST_F(NodeUICommandTest, PackReplacesAnExistingFileWholeOrNotAtAll) {
   const json doc = json::parse(nodeui({"dump", out}).out);
   ASSERT_EQ(doc["records"].size(), 1u);
   EXPECT_EQ(doc["records"][0]["node"], "9.9.9");
-  EXPECT_FALSE(fs::exists(out + ".tmp"));
+  EXPECT_TRUE(folder.leftovers().empty());
 
   // A destination that cannot be replaced at all.
   fs::create_directory(path("a-folder"));
@@ -229,7 +229,7 @@ TEST_F(NodeUICommandTest, PackReplacesAnExistingFileWholeOrNotAtAll) {
     EXPECT_TRUE(isOneLine(r.err)) << r.err;
   }
   EXPECT_TRUE(fs::exists(path("a-folder/keep")));
-  EXPECT_FALSE(fs::exists(path("a-folder.tmp")));
+  EXPECT_TRUE(folder.leftovers().empty());
 }
 
 TEST_F(NodeUICommandTest, InspectListsEveryChunkWithItsVersionAndSizes) {

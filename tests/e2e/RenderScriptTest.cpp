@@ -1,6 +1,8 @@
 // Scripted runs of `fxgraph render` on the examples, checked through the
 // state dump (and the picture) the program writes.
 #include <cmath>
+#include <filesystem>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -325,6 +327,63 @@ TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
 
   run = runProgram({"render", r.edit, "--size", "huge"});
   EXPECT_EQ(run.status, 2);
+}
+
+TEST(RenderScript, InputsThatAreNoFilesAreRefusedAtOnce) {
+  Render r;
+  const std::string fifo = r.folder.path("fifo"), folder = r.folder.path("folder");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  std::filesystem::create_directory(folder);
+  // A pipe nobody writes to, an endless device and a folder, as each of the
+  // files the program reads: one line, a failing status, no hang.
+  const std::vector<std::vector<std::string>> runs = {
+      {"render", fifo, "--prefs", r.prefs},
+      {"render", "/dev/zero", "--prefs", r.prefs},
+      {"render", folder, "--prefs", r.prefs},
+      {"render", r.edit, "--prefs", r.prefs, "--script", folder},
+      {"render", r.edit, "--prefs", r.prefs, "--script", fifo},
+      {"render", r.edit, "--prefs", folder},
+      {"nodeui", "dump", fifo},
+      {"nodeui", "inspect", "/dev/zero"},
+  };
+  for (const auto& args : runs) {
+    const testsupport::ProgramRun run = runProgram(args);
+    EXPECT_EQ(run.status, 1) << args[1] << " " << args.back();
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    EXPECT_NE(run.err.find("not a regular file"), std::string::npos) << run.err;
+  }
+}
+
+TEST(RenderScript, PicturesAndDumpsAreWrittenWholeOrNotAtAll) {
+  Render r;
+  // Outputs that cannot be replaced: a device, a folder, a missing folder.
+  // Each gets one line with the reason, a failing status, and is left as it was.
+  const std::string folder = r.folder.path("pictures");
+  std::filesystem::create_directory(folder);
+  const std::pair<std::string, std::string> cases[] = {
+      {"--png", "/dev/null"},
+      {"--svg", folder},
+      {"--dump", r.folder.path("missing/dump.json")},
+  };
+  for (const auto& [option, target] : cases) {
+    const testsupport::ProgramRun run = runProgram({"render", r.edit, "--prefs", r.prefs, option, target});
+    EXPECT_EQ(run.status, 1) << option;
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    EXPECT_TRUE(run.err.find("not a regular file") != std::string::npos ||
+                run.err.find("No such file or directory") != std::string::npos)
+        << run.err;
+  }
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
+  // A picture replaced through the user's link: the link stays, the file changes.
+  const std::string real = r.folder.write("real.svg", "old");
+  std::filesystem::create_symlink(real, r.folder.path("link.svg"));
+  const testsupport::ProgramRun run =
+      runProgram({"render", r.edit, "--prefs", r.prefs, "--svg", r.folder.path("link.svg")});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(std::filesystem::is_symlink(r.folder.path("link.svg")));
+  EXPECT_EQ(testsupport::readText(real).rfind("<?xml", 0), 0u);
+  EXPECT_TRUE(r.folder.leftovers().empty());
 }
 
 } // namespace

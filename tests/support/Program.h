@@ -28,6 +28,14 @@ public:
   TempFolder& operator=(const TempFolder&) = delete;
 
   std::string path(const std::string& name) const { return folder_ + "/" + name; }
+  // Hidden files in the folder (where a save keeps its temporaries).
+  std::vector<std::string> leftovers() const {
+    std::vector<std::string> names;
+    std::error_code ec;
+    for (const auto& e : std::filesystem::directory_iterator(folder_, ec))
+      if (e.path().filename().string().front() == '.') names.push_back(e.path().filename().string());
+    return names;
+  }
   // Copies a file of the source tree in; returns its new path.
   std::string copyIn(const std::string& sourceRelative) {
     const std::filesystem::path from = sourcePath(sourceRelative);
