@@ -5,9 +5,21 @@
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
+#include "host/notify/Log.h"
 #include "host/ui/GlobManager.h"
 
 namespace fxgraph {
+namespace {
+
+// A logged message as one line: no line ends, inside or after.
+std::string trimmedLine(std::string m) {
+  for (char& c : m)
+    if (c == '\n' || c == '\r') c = ' ';
+  while (!m.empty() && m.back() == ' ') m.pop_back();
+  return m;
+}
+
+} // namespace
 
 std::string defaultLayoutPath() {
   const std::filesystem::path prefsFile = prefs().path();
@@ -34,7 +46,14 @@ bool Session::open(const std::string& path, double time, const std::string& layo
   Vob::setPlayMachine(vob_.get());
   Vob::setRecordMachine(vob_.get());
   monitor_ = std::make_unique<CompoundEffectMonitor>(vob_.get());
-  restoreOrShowPanels();
+  {
+    // What the tool finds wrong with the edit's stored positions as it
+    // opens is told with the edit's own warnings.
+    LogChannel::Capture log(Log::channel());
+    restoreOrShowPanels();
+    for (const std::string& m : log.messages())
+      if (m.starts_with("Position records:")) warnings_.push_back(EditFile::sidecarPath(path) + ": " + trimmedLine(m));
+  }
   return true;
 }
 

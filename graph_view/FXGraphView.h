@@ -243,6 +243,7 @@ private:
   // What a node and its wires cover on the screen, with room round them.
   PixelBox damageOf(const FXGraphViewNode& node) const;
   Ux::Ptr<NodeUIPosManager> positionManager() const;
+  static void placeUnusableRecordsAfresh(NodeUIPosManager& manager);
   void placeScrollBars();
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);
   void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,

@@ -10,6 +10,7 @@
 #include "graph_view/FXGraphView.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
+#include "host/notify/Log.h"
 #include "layout/FXGraphTidier.h"
 
 namespace {
@@ -25,9 +26,33 @@ Ux::Ptr<NodeUIPosManager> FXGraphView::positionManager() const {
   // focused, not at every lookup.
   if (!edit_)
     manager_.reset();
-  else if (!manager_ || manager_->getEdit() != edit_)
+  else if (!manager_ || manager_->getEdit() != edit_) {
     manager_ = NodeUIPosManager::getManagerFor(edit_);
+    if (manager_) placeUnusableRecordsAfresh(*manager_);
+  }
   return manager_;
+}
+
+void FXGraphView::placeUnusableRecordsAfresh(NodeUIPosManager& manager) {
+  // A stored place that is no number, or lies further out than any graph
+  // reaches, would stretch the view to nothing: such a node is placed as if
+  // it had never been stored, and the user is told.
+  constexpr double farthest = 1e6;
+  auto usable = [](XY<double> p) {
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::abs(p.x) <= farthest && std::abs(p.y) <= farthest;
+  };
+  for (NodeUIRecBase* rec : manager.records().as<NodeUIRecBase>()) {
+    auto* pos = dynamic_cast<NodeUIPosRec*>(rec);
+    if (!pos) continue;
+    const XY<double> draw = pos->getDrawPosition(), manual = pos->getManualPos();
+    if (usable(draw) && (!pos->isManualPosSet() || usable(manual))) continue;
+    Log::printf("Position records: node %s was stored at (%g, %g), which is no usable place; it is placed afresh.",
+                pos->getNodeId().asString().c_str(), usable(draw) ? manual.x : draw.x,
+                usable(draw) ? manual.y : draw.y);
+    pos->drawX().setValueQuietly(0);
+    pos->drawY().setValueQuietly(0);
+    pos->restoreManualState(0, 0, false);
+  }
 }
 
 void FXGraphView::appendNode(const Ux::Ptr<FXGraphViewNode>& node) {

@@ -354,6 +354,24 @@ TEST(RenderScript, InputsThatAreNoFilesAreRefusedAtOnce) {
   }
 }
 
+TEST(RenderScript, StoredPositionsThatAreNoPlaceAreToldAndPlacedAfresh) {
+  Render r;
+  const std::string cookie = readJson(r.edit)["cookie"];
+  const std::string records = r.folder.write("records.json", R"({"records": [
+    {"node": "2.0.1", "cookie": ")" + cookie + R"(", "draw": ["Infinity", 0.5]},
+    {"node": "2.0.2", "cookie": ")" + cookie + R"(", "draw": ["NaN", 0.5]},
+    {"node": "2.0.3", "cookie": ")" + cookie + R"(", "draw": [0.1, 0.5], "manual": [1e308, 0], "manualSet": true}]})");
+  ASSERT_EQ(runProgram({"nodeui", "pack", records, r.edit + ".objects"}).status, 0);
+  const json dump = r.run("");
+  EXPECT_EQ(std::count(r.last.err.begin(), r.last.err.end(), '\n'), 3) << r.last.err;
+  for (const char* id : {"2.0.1", "2.0.2", "2.0.3"})
+    EXPECT_NE(r.last.err.find(std::string("promo.json.objects: Position records: node ") + id), std::string::npos)
+        << r.last.err;
+  EXPECT_GT(dump["view"]["scale"].get<double>(), 0);
+  for (const json& n : dump["nodes"])
+    for (const json& v : n["pos"]) EXPECT_TRUE(v.is_number() && std::isfinite(v.get<double>())) << n["id"];
+}
+
 TEST(RenderScript, PicturesAndDumpsAreWrittenWholeOrNotAtAll) {
   Render r;
   // Outputs that cannot be replaced: a device, a folder, a missing folder.
