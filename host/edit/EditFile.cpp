@@ -193,7 +193,7 @@ public:
     edit->setFolder(folder_);
     if (doc_.contains("frameRate")) {
       const double fps = number(doc_["frameRate"], "/frameRate");
-      if (!(fps > 0 && fps <= 1000)) refuse("/frameRate", "the frame rate must be above 0 and at most 1000");
+      if (!(fps >= 1 && fps <= 1000)) refuse("/frameRate", "the frame rate must be from 1 to 1000 frames a second");
       edit->setFrameRate(fps);
     }
     try {
@@ -279,6 +279,10 @@ private:
     const LightweightString<wchar_t> name = toWide(text(n, at, "name", false));
     const TrackType type = trackType(n, at);
     if (kind == "material") {
+      // A material is a source: nothing feeds it.
+      for (const char* field : {"inputs", "inputNames"})
+        if (n.contains(field) && !(n[field].is_array() && n[field].empty()))
+          refuse(at + "/" + field, "a material has no inputs");
       if (!n.contains("media") || !n["media"].is_object() || n["media"].size() != 1)
         refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
       const json& mediaField = n["media"];
@@ -359,6 +363,9 @@ private:
     if (n.contains("inputNames")) {
       const json& names = n["inputNames"];
       if (!names.is_array()) refuse(at + "/inputNames", "\"inputNames\" must be a list of names");
+      if (names.size() != e.getNumInputs())
+        refuse(at + "/inputNames", "there are " + std::to_string(names.size()) + " input names for " +
+                                       std::to_string(e.getNumInputs()) + " inputs");
       for (std::size_t i = 0; i < names.size(); ++i) {
         if (!names[i].is_string()) refuse(at + "/inputNames/" + std::to_string(i), "a name must be text");
         e.setInputName(static_cast<unsigned>(i), toWide(names[i].get<std::string>()));
@@ -413,6 +420,7 @@ private:
     if (!c.contains("start") || !c.contains("end")) refuse(at, "a cel needs \"start\" and \"end\"");
     cel.start = number(c["start"], at + "/start");
     cel.end = number(c["end"], at + "/end");
+    if (cel.start < 0) refuse(at + "/start", "times are seconds from the start of the edit: 0 or more");
     if (!(cel.end > cel.start)) refuse(at + "/end", "a cel must end after it starts");
     if (!channel.cels.empty() && cel.start < channel.cels.back().end)
       refuse(at + "/start", "cels must be in time order and must not overlap");
@@ -435,8 +443,66 @@ private:
   void checkInputs(const Edit& edit) {
     for (const auto& in : inputs_) {
       const IdStamp slot = edit.openNode(in.node)->getInputTrackId(in.index);
+      if (slot == in.node) refuse(in.pointer, "a node cannot be its own input");
       if (slot.valid() && !edit.openNode(slot) && edit.findChan(slot) < 0)
         refuse(in.pointer, "no node or channel has the id " + slot.asString().str());
+    }
+    checkForCycles(edit);
+  }
+
+  // The editor never makes a graph in which a node feeds itself, directly
+  // or through other nodes or the channels its inputs name (at any time):
+  // such a file is refused at the input that closes the circle.
+  void checkForCycles(const Edit& edit) {
+    std::map<IdStamp, std::vector<std::size_t>> inputsOf; // node -> its entries in inputs_
+    for (std::size_t k = 0; k < inputs_.size(); ++k) inputsOf[inputs_[k].node].push_back(k);
+    auto reaches = [&](const IdStamp& slot) {
+      std::vector<IdStamp> out;
+      if (edit.openNode(slot)) {
+        out.push_back(slot);
+      } else if (const int c = edit.findChan(slot); c >= 0) {
+        for (const Cel& cel : edit.getChan(c).cels)
+          if (cel.kind != Cel::Kind::black && cel.ref.valid()) out.push_back(cel.ref);
+      }
+      return out;
+    };
+    enum class State : uint8_t { unseen, onPath, done };
+    std::map<IdStamp, State> state;
+    struct Frame {
+      IdStamp node;
+      std::size_t input = 0;        // next of the node's inputs
+      std::vector<IdStamp> targets; // what that input reaches
+      std::size_t target = 0;       // next of those
+    };
+    for (const auto& [start, unused] : inputsOf) {
+      if (state[start] != State::unseen) continue;
+      std::vector<Frame> path{{start, 0, {}, 0}};
+      state[start] = State::onPath;
+      while (!path.empty()) {
+        Frame& f = path.back();
+        const std::vector<std::size_t>& ins = inputsOf[f.node];
+        if (f.target == f.targets.size()) {
+          if (f.input == ins.size()) {
+            state[f.node] = State::done;
+            path.pop_back();
+            continue;
+          }
+          const InputRef& in = inputs_[ins[f.input]];
+          f.targets = reaches(edit.openNode(in.node)->getInputTrackId(in.index));
+          f.target = 0;
+          ++f.input;
+          continue;
+        }
+        const IdStamp next = f.targets[f.target++];
+        State& s = state[next];
+        if (s == State::onPath)
+          refuse(inputs_[ins[f.input - 1]].pointer,
+                 "this input closes a cycle: " + next.asString().str() + " would feed itself");
+        if (s == State::unseen) {
+          s = State::onPath;
+          path.push_back({next, 0, {}, 0});
+        }
+      }
     }
   }
 

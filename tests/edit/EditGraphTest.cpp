@@ -189,6 +189,27 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
   };
   const Case cases[] = {
       {"{\n\"name\": \"x\",\n\"channels\": [\n}", ":4:", "not valid JSON at \"\"channels\": [<U+000A>}\""},
+      // What the editor never makes: a node fed by itself, directly, through
+      // other nodes or through a channel; a source with inputs; names that
+      // do not match the inputs; times before the edit and frame rates no
+      // picture has.
+      {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\", \"inputs\": [\"2.0.1\"]}]}",
+       ":2:", "a node cannot be its own input"},
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\", \"inputs\": [\"2.0.2\"]},\n"
+       " {\"id\": \"2.0.2\", \"kind\": \"effect\", \"inputs\": [\"2.0.1\"]}]}",
+       ":2:", "closes a cycle"},
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\",\n \"inputs\": [\"1.0.1\"]}],\n"
+       " \"channels\": [{\"id\": \"1.0.1\", \"cels\": [{\"start\": 0, \"end\": 1, \"graph\": \"2.0.1\"}]}]}",
+       ":2:", "closes a cycle"},
+      {"{\"nodes\": [{\"id\": \"3.0.1\", \"kind\": \"material\", \"media\": {\"testcard\": \"bars\"},\n"
+       " \"inputs\": [\"3.0.1\"]}]}",
+       ":2:", "a material has no inputs"},
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\", \"inputs\": [\"0.0.0\"],\n \"inputNames\": [\"A\", "
+       "\"B\"]}]}",
+       ":2:", "2 input names for 1 inputs"},
+      {"{\"name\": \"x\",\n\"frameRate\": 1e-320}", ":2:", "the frame rate must be from 1 to 1000"},
+      {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": -1e308, \"end\": 1, \"black\": true}]}]}",
+       ":2:", "0 or more"},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}",
        ":3:", "used twice"},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\",\n  \"kind\": \"sprocket\"}]}", ":3:", "unknown kind"},
