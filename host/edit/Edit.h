@@ -59,6 +59,10 @@ public:
   // The folder that relative file names in the edit are resolved against.
   const std::string& getFolder() const noexcept { return folder_; }
   void setFolder(const std::string& folder) { folder_ = folder; }
+  // Fields of the edit's file that this version does not know (a later
+  // version's), as JSON text, kept so that saving the edit loses none.
+  const std::string& getFileExtras() const noexcept { return fileExtras_; }
+  void setFileExtras(std::string json) { fileExtras_ = std::move(json); }
 
   // Channels, in display order.
   int getNumChans() const noexcept { return static_cast<int>(channels_.size()); }
@@ -137,6 +141,7 @@ private:
   LightweightString<wchar_t> name_;
   VideoMetadata video_;
   std::string folder_;
+  std::string fileExtras_;
   std::vector<EditChannel> channels_;
   // Channel ids to their index, so that walks find channels in constant time.
   std::unordered_map<IdStamp, int> chanIndex_;

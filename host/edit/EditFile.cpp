@@ -200,6 +200,7 @@ public:
       readNodes(*edit);
       readChannels(*edit);
       checkInputs(*edit);
+      keepUnknownFields(*edit);
     } catch (...) {
       edit->close();
       throw;
@@ -506,6 +507,32 @@ private:
     }
   }
 
+  // Fields a later version wrote are kept with the edit, by the object
+  // they belong to, and written back when it is saved.
+  void keepUnknownFields(Edit& edit) const {
+    static const std::set<std::string> editFields{"name", "cookie", "frameRate", "channels", "nodes"};
+    static const std::set<std::string> nodeFields{
+        "id",         "kind",  "name",   "type",    "media",  "cookie",      "materialKind",       "tag",
+        "file",       "mode",  "colour", "colour2", "active", "description", "connectionEditable", "inputs",
+        "inputNames", "params"};
+    static const std::set<std::string> channelFields{"id", "type", "name", "group", "subtype", "cels"};
+    auto unknown = [](const json& object, const std::set<std::string>& known) {
+      json extra = json::object();
+      for (const auto& [key, value] : object.items())
+        if (!known.count(key)) extra[key] = value;
+      return extra;
+    };
+    json extras = json::object();
+    if (json top = unknown(doc_, editFields); !top.empty()) extras["edit"] = std::move(top);
+    for (const char* list : {"nodes", "channels"}) {
+      if (!doc_.contains(list)) continue;
+      for (const json& item : doc_[list])
+        if (json extra = unknown(item, std::string(list) == "nodes" ? nodeFields : channelFields); !extra.empty())
+          extras[list][item["id"].get<std::string>()] = std::move(extra);
+    }
+    if (!extras.empty()) edit.setFileExtras(extras.dump());
+  }
+
   struct InputRef {
     IdStamp node;
     unsigned index;
@@ -697,6 +724,20 @@ std::string EditFile::toJson(const Edit& edit) {
   nlohmann::ordered_json nodes = nlohmann::ordered_json::array();
   for (const auto& node : edit.allNodes()) nodes.push_back(nodeJson(*node));
   doc["nodes"] = nodes;
+  // What a later version wrote goes back where it was, after what this one knows.
+  const nlohmann::ordered_json extras = nlohmann::ordered_json::parse(edit.getFileExtras(), nullptr, false);
+  if (extras.is_object()) {
+    auto add = [](nlohmann::ordered_json& to, const nlohmann::ordered_json& from) {
+      for (const auto& [key, value] : from.items())
+        if (!to.contains(key)) to[key] = value;
+    };
+    if (extras.contains("edit")) add(doc, extras["edit"]);
+    for (const char* list : {"nodes", "channels"})
+      if (extras.contains(list))
+        for (nlohmann::ordered_json& item : doc[list])
+          if (extras[list].contains(item["id"].get<std::string>()))
+            add(item, extras[list][item["id"].get<std::string>()]);
+  }
   return doc.dump(2) + "\n";
 }
 

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "host/edit/EditFile.h"
 #include "host/edit/EditGraphIterator.h"
@@ -179,6 +180,26 @@ TEST(EditFileTest, SavedEditLoadsBackTheSameOrWithoutADamagedSidecar) {
   EXPECT_NE(damaged.warnings[0].find("damaged"), std::string::npos);
   EXPECT_TRUE(damaged.edit->boundObjects().empty());
   damaged.edit->close();
+}
+
+TEST(EditFileTest, FieldsOfALaterVersionSurviveALoadAndASave) {
+  const std::string text = R"({"name": "Later", "frameRate": 25, "colourSpace": {"primaries": "bt709"},
+    "channels": [{"id": "1.0.1", "cels": [{"start": 0, "end": 1, "graph": "2.0.1"}], "locked": true}],
+    "nodes": [{"id": "2.0.1", "kind": "effect", "tag": "mix", "inputs": ["3.0.1", "0.0.0"], "blendMode": "screen"},
+              {"id": "3.0.1", "kind": "material", "media": {"testcard": "bars"}, "reel": ["A", 7]}]})";
+  auto loaded = EditFile::parse(text, "later.json", ".");
+  ASSERT_TRUE(loaded.edit) << loaded.error;
+  const nlohmann::json saved = nlohmann::json::parse(EditFile::toJson(*loaded.edit));
+  loaded.edit->close();
+  EXPECT_EQ(saved["colourSpace"], nlohmann::json::parse(R"({"primaries": "bt709"})"));
+  EXPECT_EQ(saved["channels"][0]["locked"], true);
+  EXPECT_EQ(saved["nodes"][0]["blendMode"], "screen");
+  EXPECT_EQ(saved["nodes"][1]["reel"], nlohmann::json::parse(R"(["A", 7])"));
+  // And again: what was kept is kept once, not doubled.
+  auto again = EditFile::parse(saved.dump(), "again.json", ".");
+  ASSERT_TRUE(again.edit) << again.error;
+  EXPECT_EQ(nlohmann::json::parse(EditFile::toJson(*again.edit)), saved);
+  again.edit->close();
 }
 
 TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
