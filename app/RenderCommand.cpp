@@ -1,5 +1,6 @@
 #include "app/RenderCommand.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -49,7 +50,7 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
       if (!value(v)) return false;
       char* end = nullptr;
       o.time = std::strtod(v.c_str(), &end);
-      if (v.empty() || *end || !(o.time >= 0)) {
+      if (v.empty() || *end || !(o.time >= 0) || !std::isfinite(o.time)) {
         why = "--time wants seconds, 0 or more (got \"" + v + "\")";
         return false;
       }

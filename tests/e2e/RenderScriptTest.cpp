@@ -327,6 +327,20 @@ TEST(RenderScript, BadInputGetsOneLineAndAStatus) {
 
   run = runProgram({"render", r.edit, "--size", "huge"});
   EXPECT_EQ(run.status, 2);
+  // A time no clock reaches is no time, on the command line as in scripts.
+  run = runProgram({"render", r.edit, "--time", "inf"});
+  EXPECT_EQ(run.status, 2);
+
+  // What is echoed back is cut short, and bytes that are no text are shown
+  // as codes: a megabyte of nonsense gives one short line.
+  std::string nonsense = "fly\xff\x01" + std::string(1 << 20, 'z') + "\n";
+  const std::string long_ = r.folder.write("long.txt", nonsense);
+  run = runProgram({"render", r.edit, "--script", long_, "--prefs", r.prefs});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err.size();
+  EXPECT_LT(run.err.size(), 300u);
+  EXPECT_NE(run.err.find("unknown command \"fly\\xff\\x01zzz"), std::string::npos) << run.err.substr(0, 300);
+  EXPECT_EQ(run.err.find('\xff'), std::string::npos);
 }
 
 TEST(RenderScript, InputsThatAreNoFilesAreRefusedAtOnce) {
