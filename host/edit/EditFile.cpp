@@ -544,6 +544,19 @@ private:
   std::vector<InputRef> inputs_;
 };
 
+// A reader's message as one line of plain text: line ends and other
+// control characters become spaces, runs of spaces one.
+std::string oneLine(const std::string& text) {
+  std::string out;
+  for (const char ch : text) {
+    const char c = static_cast<unsigned char>(ch) < 0x20 || ch == 0x7f ? ' ' : ch;
+    if (c == ' ' && (out.empty() || out.back() == ' ')) continue;
+    out += c;
+  }
+  while (!out.empty() && out.back() == ' ') out.pop_back();
+  return out;
+}
+
 std::string folderOf(const std::string& path) {
   const auto slash = path.find_last_of('/');
   return slash == std::string::npos ? std::string(".") : path.substr(0, slash);
@@ -597,19 +610,23 @@ EditFile::LoadResult EditFile::load(const std::string& path) {
   if (::access(sidecar.c_str(), F_OK) != 0) return r;
   ObjectsFile::ReadResult objects = ObjectsFile::load(sidecar);
   bool damaged = !objects.complete;
-  std::string why = objects.problem.str();
+  std::string why = oneLine(objects.problem.str());
   for (const auto& e : objects.entries)
     if (!e.errorText.empty() || !e.object) {
       damaged = true;
-      if (why.empty()) why = "object \"" + e.name.str() + "\":" + e.errorText.str();
+      if (why.empty()) {
+        const std::string reason = oneLine(e.errorText.str());
+        why = "object \"" + oneLine(e.name.str()) + "\": " + (reason.empty() ? "it could not be read" : reason);
+      }
     }
   if (damaged) {
+    if (why.empty()) why = "it ends before its last object";
     r.warnings.push_back(sidecar + ": damaged (" + why + "); the edit is loaded without its saved objects");
     return r;
   }
   for (const auto& e : objects.entries)
     if (auto taggable = Ux::dynamicCast<Taggable>(e.object)) r.edit->bindObjectToEdit(e.name, taggable);
-  for (const auto& w : objects.warnings) r.warnings.push_back(sidecar + ": " + w.str());
+  for (const auto& w : objects.warnings) r.warnings.push_back(sidecar + ": " + oneLine(w.str()));
   return r;
 }
 

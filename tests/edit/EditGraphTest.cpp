@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -7,6 +9,7 @@
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/Vob.h"
 #include "tests/support/Bytes.h"
+#include "tests/support/Program.h"
 #include "tests/support/TestEdit.h"
 
 namespace {
@@ -180,6 +183,38 @@ TEST(EditFileTest, SavedEditLoadsBackTheSameOrWithoutADamagedSidecar) {
   EXPECT_NE(damaged.warnings[0].find("damaged"), std::string::npos);
   EXPECT_TRUE(damaged.edit->boundObjects().empty());
   damaged.edit->close();
+}
+
+TEST(EditFileTest, EveryDamagedSidecarGetsOneLineWithAReason) {
+  auto loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
+  ASSERT_TRUE(loaded.edit) << loaded.error;
+  const std::string path = ::testing::TempDir() + "promo-cut.json";
+  std::string error;
+  ASSERT_TRUE(EditFile::save(loaded.edit, path, error)) << error;
+  loaded.edit->close();
+  const std::string whole = testsupport::readText(EditFile::sidecarPath(path));
+  // Every damaged file of the records corpus, every cut of the sidecar, and
+  // a byte changed at every place.
+  std::vector<std::string> sidecars;
+  for (const auto& e : std::filesystem::directory_iterator(testsupport::sourcePath("tests/node_ui/corpus")))
+    if (e.path().extension() == ".objects") sidecars.push_back(testsupport::readText(e.path().string()));
+  for (std::size_t cut = 0; cut <= whole.size(); cut += 1 + cut / 16) {
+    sidecars.push_back(whole.substr(0, cut));
+    if (cut < whole.size()) (sidecars.push_back(whole), sidecars.back()[cut] ^= 0x5a);
+  }
+  for (const std::string& bytes : sidecars) {
+    std::FILE* f = std::fopen(EditFile::sidecarPath(path).c_str(), "wb");
+    std::fwrite(bytes.data(), 1, bytes.size(), f);
+    std::fclose(f);
+    auto r = EditFile::load(path);
+    ASSERT_TRUE(r.edit) << r.error;
+    for (const std::string& w : r.warnings) {
+      EXPECT_EQ(w.find('\n'), std::string::npos) << w;
+      EXPECT_EQ(w.find("()"), std::string::npos) << w;
+      EXPECT_EQ(w.find(":)"), std::string::npos) << "a reason, not nothing: " << w;
+    }
+    r.edit->close();
+  }
 }
 
 TEST(EditFileTest, FieldsOfALaterVersionSurviveALoadAndASave) {
