@@ -510,7 +510,7 @@ private:
   // Fields a later version wrote are kept with the edit, by the object
   // they belong to, and written back when it is saved.
   void keepUnknownFields(Edit& edit) const {
-    static const std::set<std::string> editFields{"name", "cookie", "frameRate", "channels", "nodes"};
+    static const std::set<std::string> editFields{"name", "cookie", "frameRate", "channels", "nodes", "objects"};
     static const std::set<std::string> nodeFields{
         "id",         "kind",  "name",   "type",    "media",  "cookie",      "materialKind",       "tag",
         "file",       "mode",  "colour", "colour2", "active", "description", "connectionEditable", "inputs",
@@ -587,7 +587,16 @@ EditFile::LoadResult EditFile::parse(const std::string& text, const std::string&
   }
   try {
     r.edit = Reader(builder.root, folder).read();
+    const json& root = builder.root;
+    if (root.contains("objects")) {
+      const json& o = root["objects"];
+      if (!o.is_object() || !o.contains("stamp") || !o["stamp"].is_string())
+        throw Refusal{"/objects", "\"objects\" is {\"stamp\": text}"};
+      r.objectsStamp = o["stamp"].get<std::string>();
+    }
   } catch (const Refusal& refusal) {
+    if (r.edit) r.edit->close();
+    r.edit.reset();
     r.error = name + ":" + std::to_string(lineOf(builder.lines, refusal.pointer)) + ": " + refusal.reason;
   }
   return r;
@@ -605,9 +614,29 @@ EditFile::LoadResult EditFile::load(const std::string& path) {
   LoadResult r = parse(text, path, folderOf(path));
   if (!r.edit) return r;
 
-  const std::string sidecar = sidecarPath(path);
+  std::string sidecar = sidecarPath(path);
   // An edit never saved with positions simply has no sidecar yet.
-  if (::access(sidecar.c_str(), F_OK) != 0) return r;
+  if (::access(sidecar.c_str(), F_OK) != 0) {
+    if (!r.objectsStamp.empty())
+      r.warnings.push_back(sidecar + ": missing; the edit is loaded without its saved objects");
+    return r;
+  }
+  if (!r.objectsStamp.empty()) {
+    // The objects saved with this edit: the sidecar, or, after a save cut
+    // short between its two renames, the one it replaced.
+    auto belongs = [&](const std::string& file) {
+      std::string bytes, ignored;
+      return readBoundedFile(file, std::size_t(256) << 20, bytes, ignored) && stampOf(bytes) == r.objectsStamp;
+    };
+    if (!belongs(sidecar)) {
+      if (!belongs(sidecar + ".prev")) {
+        r.warnings.push_back(sidecar + ": not the one saved with the edit (damaged, or saved at another time); "
+                                       "the edit is loaded without its saved objects");
+        return r;
+      }
+      sidecar += ".prev";
+    }
+  }
   ObjectsFile::ReadResult objects = ObjectsFile::load(sidecar);
   bool damaged = !objects.complete;
   std::string why = oneLine(objects.problem.str());
@@ -709,11 +738,24 @@ nlohmann::ordered_json nodeJson(const FXGraphNodeBase& node) {
 
 } // namespace
 
-std::string EditFile::toJson(const Edit& edit) {
+std::string EditFile::stampOf(const std::string& bytes) {
+  // FNV-1a, 64 bits: enough to tell one save's objects from another's.
+  uint64_t h = 0xcbf29ce484222325ull;
+  for (const char c : bytes) {
+    h ^= static_cast<unsigned char>(c);
+    h *= 0x100000001b3ull;
+  }
+  char text[17];
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(h));
+  return text;
+}
+
+std::string EditFile::toJson(const Edit& edit, const std::string& objectsStamp) {
   nlohmann::ordered_json doc;
   doc["name"] = toUTF8(edit.getName()).str();
   doc["cookie"] = edit.getCookie().asString().str();
   doc["frameRate"] = edit.getFrameRate();
+  if (!objectsStamp.empty()) doc["objects"] = {{"stamp", objectsStamp}};
   nlohmann::ordered_json channels = nlohmann::ordered_json::array();
   for (int i = 0; i < edit.getNumChans(); ++i) {
     const EditChannel& c = edit.getChan(i);
@@ -763,7 +805,6 @@ bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& e
     error = "no edit to save";
     return false;
   }
-  const std::string document = toJson(*edit);
   PStream objects;
   std::vector<ObjectsFile::Binding> bindings;
   for (const auto& [name, object] : edit->boundObjects()) bindings.push_back({name, object});
@@ -772,8 +813,12 @@ bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& e
     error = sidecarPath(path) + ": " + why.str();
     return false;
   }
-  if (!writeFilesAtomically({{path, document.data(), document.size()},
-                             {sidecarPath(path), objects.bytes().data(), objects.bytes().size()}},
+  const std::string sidecarBytes(objects.bytes().begin(), objects.bytes().end());
+  const std::string document = toJson(*edit, stampOf(sidecarBytes));
+  // The sidecar goes in place first, keeping the one it replaces until the
+  // edit that names it is in place too.
+  if (!writeFilesAtomically({{sidecarPath(path), sidecarBytes.data(), sidecarBytes.size(), true},
+                             {path, document.data(), document.size()}},
                             error))
     return false;
   edit->setDirty(false);

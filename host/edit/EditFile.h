@@ -13,6 +13,9 @@ struct FXHOST_API EditFile {
     EditPtr edit;                      // null when the edit was refused
     std::string error;                 // "<file>:<line>: <reason>" when refused
     std::vector<std::string> warnings; // e.g. a missing or damaged sidecar
+    // The stamp of the objects file saved with the edit ("" for an edit
+    // saved before edits recorded one).
+    std::string objectsStamp;
   };
 
   // Loads an edit. A malformed document is refused with its line and reason
@@ -25,10 +28,16 @@ struct FXHOST_API EditFile {
 
   // Writes the document and the sidecar to temporary names, flushes both and
   // only then renames them into place, so a failure never leaves a
-  // half-written edit. False with the reason on failure.
+  // half-written edit. The document records the stamp of the sidecar saved
+  // with it, and the sidecar it replaces stays as sidecar + ".prev" until
+  // both are in place: a load after a save cut short between the two
+  // renames finds the previous pair whole. False with the reason on failure.
   static bool save(const EditPtr& edit, const std::string& path, std::string& error);
-  // The JSON document of an edit.
-  static std::string toJson(const Edit& edit);
+  // The JSON document of an edit; with a stamp, the document says which
+  // objects file belongs to it.
+  static std::string toJson(const Edit& edit, const std::string& objectsStamp = {});
+  // The stamp of an objects file's bytes.
+  static std::string stampOf(const std::string& bytes);
 
   static std::string sidecarPath(const std::string& path) { return path + ".objects"; }
 };

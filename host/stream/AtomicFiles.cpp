@@ -12,6 +12,16 @@
 
 namespace {
 
+SaveStepHook stepHook = nullptr;
+void* stepContext = nullptr;
+int stepNumber = 0;
+
+// Whether the save goes on to the step: always, unless a test stops it.
+bool step(const char* name) { return !stepHook || stepHook(name, stepNumber++, stepContext); }
+
+// Thrown when a test stops a save: it unwinds without cleaning up.
+struct Stopped {};
+
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
   if (slash == std::string::npos) return ".";
@@ -41,6 +51,10 @@ bool writeTemporary(const std::string& target, const void* data, std::size_t siz
   temp = name.data();
   const char* p = static_cast<const char*>(data);
   int error = 0;
+  if (!step("write")) {
+    ::close(fd);
+    throw Stopped{};
+  }
   while (size > 0) {
     const ssize_t n = ::write(fd, p, size);
     if (n < 0 && errno == EINTR) continue;
@@ -52,6 +66,10 @@ bool writeTemporary(const std::string& target, const void* data, std::size_t siz
     size -= static_cast<std::size_t>(n);
   }
   if (!error && ::fchmod(fd, mode) != 0) error = errno;
+  if (!error && !step("sync")) {
+    ::close(fd);
+    throw Stopped{};
+  }
   if (!error && ::fsync(fd) != 0) error = errno;
   if (::close(fd) != 0 && !error) error = errno;
   if (error) {
@@ -64,6 +82,7 @@ bool writeTemporary(const std::string& target, const void* data, std::size_t siz
 }
 
 bool syncFolder(const std::string& folder, std::string& why) {
+  if (!step("sync folder")) throw Stopped{};
   const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) {
     why = folder + ": cannot sync the folder: " + systemReason(errno);
@@ -92,8 +111,10 @@ std::string finalTargetOf(const std::string& path) {
   return at;
 }
 
-bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& why) {
-  std::vector<std::string> targets, temps;
+namespace {
+
+bool writeAll(const std::vector<FileToWrite>& files, std::string& why) {
+  std::vector<std::string> targets, temps, previous;
   auto discard = [&temps]() {
     for (const std::string& t : temps)
       if (!t.empty()) ::unlink(t.c_str());
@@ -121,8 +142,22 @@ bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& wh
     targets.push_back(target);
     temps.push_back(temp);
   }
+  // The files to go back to, should the renames be cut short.
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    if (!files[i].keepPrevious || ::access(targets[i].c_str(), F_OK) != 0) continue;
+    const std::string prev = targets[i] + ".prev";
+    ::unlink(prev.c_str());
+    if (!step("link")) throw Stopped{};
+    if (::link(targets[i].c_str(), prev.c_str()) != 0) {
+      why = files[i].path + ": cannot keep the previous file: " + systemReason(errno);
+      discard();
+      return false;
+    }
+    previous.push_back(prev);
+  }
   std::set<std::string> folders;
   for (std::size_t i = 0; i < files.size(); ++i) {
+    if (!step("rename")) throw Stopped{};
     if (std::rename(temps[i].c_str(), targets[i].c_str()) != 0) {
       why = files[i].path + ": cannot put the saved file in place: " + systemReason(errno);
       discard();
@@ -134,7 +169,28 @@ bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& wh
   // The renames last only once their folders are on disk.
   for (const std::string& folder : folders)
     if (!syncFolder(folder, why)) return false;
+  for (const std::string& prev : previous) {
+    if (!step("unlink")) throw Stopped{};
+    ::unlink(prev.c_str());
+  }
   return true;
+}
+
+} // namespace
+
+bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& why) {
+  stepNumber = 0;
+  try {
+    return writeAll(files, why);
+  } catch (const Stopped&) {
+    why = "the save was stopped";
+    return false;
+  }
+}
+
+void setSaveStepHook(SaveStepHook hook, void* context) {
+  stepHook = hook;
+  stepContext = context;
 }
 
 bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string& why) {

@@ -18,6 +18,10 @@ struct FileToWrite {
   std::string path;
   const void* data = nullptr;
   std::size_t size = 0;
+  // The file it replaces stays reachable as path + ".prev" until every file
+  // of the save is in place: a reader that finds the files of a save only
+  // partly in place can go back to the whole of the previous one.
+  bool keepPrevious = false;
 };
 
 // False, with the reason (the system's own words where it refused), when a
@@ -30,3 +34,10 @@ FXHOST_API bool writeFileAtomically(const std::string& path, const std::string& 
 // The file a path finally names, following symbolic links (up to 40): the
 // path itself when it is no link or does not exist.
 FXHOST_API std::string finalTargetOf(const std::string& path);
+
+// For tests of what a save leaves when it is cut short: called before each
+// step a save takes ("write", "sync", "link", "rename", "sync folder",
+// "unlink"), numbered from 0. Returning false stops the save there, as a
+// kill would: nothing after it happens and nothing is cleaned up.
+using SaveStepHook = bool (*)(const char* step, int number, void* context);
+FXHOST_API void setSaveStepHook(SaveStepHook hook, void* context);
