@@ -3,7 +3,7 @@
 #   fuzz/make_seeds.sh path/to/fxgraph
 set -euo pipefail
 fxgraph="${1:?usage: fuzz/make_seeds.sh path/to/fxgraph}"
-seeds="$(cd "$(dirname "$0")" && pwd)/seeds"
+seeds="$(cd "$(dirname "$0")" && pwd)/seeds/objects"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 cookie=5f1c0a3e9b7d4e21a8c6f0b2d4e6a8c0.1.0

@@ -218,8 +218,14 @@ private:
       return {};
     }
     if (!obj[key].is_string()) refuse(at + "/" + key, std::string("\"") + key + "\" must be text");
-    return obj[key].get<std::string>();
+    const std::string& value = obj[key].get_ref<const std::string&>();
+    // Names, tags and file names are shown, measured and copied many times
+    // over: a runaway one would cost far more than its size.
+    if (value.size() > maxText)
+      refuse(at + "/" + key, std::string("\"") + key + "\" is longer than " + std::to_string(maxText) + " bytes");
+    return value;
   }
+  static constexpr std::size_t maxText = 4096;
   static double number(const json& v, const std::string& at) {
     if (!v.is_number() || !std::isfinite(v.get<double>())) refuse(at, "a number is expected");
     return v.get<double>();
@@ -368,7 +374,9 @@ private:
         refuse(at + "/inputNames", "there are " + std::to_string(names.size()) + " input names for " +
                                        std::to_string(e.getNumInputs()) + " inputs");
       for (std::size_t i = 0; i < names.size(); ++i) {
-        if (!names[i].is_string()) refuse(at + "/inputNames/" + std::to_string(i), "a name must be text");
+        if (!names[i].is_string() || names[i].get_ref<const std::string&>().size() > maxText)
+          refuse(at + "/inputNames/" + std::to_string(i),
+                 "a name must be text of at most " + std::to_string(maxText) + " bytes");
         e.setInputName(static_cast<unsigned>(i), toWide(names[i].get<std::string>()));
       }
     }

@@ -299,8 +299,11 @@ TEST(EditFileTest, HostileTextIsRefusedInPlainWordsAtLittleCost) {
     EXPECT_FALSE(r.edit);
     EXPECT_NE(r.error.find("nested deeper than 256 levels"), std::string::npos) << r.error.substr(0, 200);
   }
+  // A name of 50 MB, refused before anything is made of it.
+  auto r = EditFile::parse("{\"name\": \"" + std::string(50 << 20, 'n') + "\"}", "long.json", ".");
+  EXPECT_EQ(r.error, "long.json:1: \"name\" is longer than 4096 bytes");
   // A number no double holds, and text that stops short.
-  auto r = EditFile::parse("{\"frameRate\": 1e400}", "big.json", ".");
+  r = EditFile::parse("{\"frameRate\": 1e400}", "big.json", ".");
   EXPECT_EQ(r.error, "big.json:1: a number out of range at \"1e400\"");
   r = EditFile::parse("{\"name\": \"x", "short.json", ".");
   EXPECT_NE(r.error.find("short.json:1: "), std::string::npos) << r.error;
