@@ -35,7 +35,8 @@ struct World {
                                std::filesystem::copy_options::overwrite_existing);
     setPreferencesFile(folder + "/prefs");
     HostClock::driveByHand(0);
-    GlobManager::initialise(1280, 800);
+    // A small screen: each line redraws it, and the fuzzer wants many lines a second.
+    GlobManager::initialise(480, 320);
     open();
   }
   void open() {
@@ -57,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   fxgraph::ScriptRunner runner(w.session);
   std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
   int lines = 0;
-  for (std::string line; std::getline(in, line) && lines < 32; ++lines) {
+  for (std::string line; std::getline(in, line) && lines < 16; ++lines) {
     const std::string first = line.substr(0, line.find_first_of(" \t"));
     if (first == "png" || first == "dump" || first == "save") continue;
     std::string why;
