@@ -3,8 +3,12 @@
 // keeps the file's permissions.
 #include "host/stream/AtomicFiles.h"
 
+#include <csignal>
 #include <filesystem>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -89,6 +93,37 @@ TEST(AtomicFiles, FilesSavedTogetherAreAllReplacedOrNoneIs) {
   const std::string newB = "new b";
   ASSERT_TRUE(writeFilesAtomically({{a, newA.data(), newA.size()}, {b, newB.data(), newB.size()}}, why)) << why;
   EXPECT_EQ(testsupport::readText(a) + testsupport::readText(b), "new anew b");
+}
+
+TEST(AtomicFiles, AFullDiskLeavesTheOldFileWithTheSystemsReason) {
+  // A file size limit makes the system refuse the write part way, as a full
+  // disk does; the limit is set in a child so the test program keeps its own.
+  testsupport::TempFolder folder;
+  const std::string edit = folder.write("promo.json", "old");
+  const std::string reasonFile = folder.path("reason");
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::string why;
+    const bool saved = save(edit, std::string(1 << 20, 'x'), &why);
+    FILE* out = std::fopen(reasonFile.c_str(), "w");
+    if (out) {
+      std::fputs(why.c_str(), out);
+      std::fclose(out);
+    }
+    _exit(saved ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the save said it succeeded";
+  EXPECT_NE(testsupport::readText(reasonFile).find("File too large"), std::string::npos)
+      << testsupport::readText(reasonFile);
+  EXPECT_EQ(testsupport::readText(edit), "old");
+  fs::remove(reasonFile);
+  EXPECT_TRUE(folder.leftovers().empty());
 }
 
 } // namespace
