@@ -26,6 +26,10 @@ using nlohmann::json;
 
 namespace {
 
+// The key under which a cel's unknown fields are kept: its start as the
+// saved file writes it, whatever form the loaded file gave it.
+std::string celKey(double start) { return nlohmann::json(start).dump(); }
+
 // A parse error in plain words, with the text it stopped at (cut short,
 // odd bytes escaped) rather than the library's own message.
 std::string plainReason(const nlohmann::detail::exception& e, const std::string& token) {
@@ -524,6 +528,7 @@ private:
         "file",       "mode",  "colour", "colour2", "active", "description", "connectionEditable", "inputs",
         "inputNames", "params"};
     static const std::set<std::string> channelFields{"id", "type", "name", "group", "subtype", "cels"};
+    static const std::set<std::string> celFields{"start", "end", "graph", "material", "black"};
     auto unknown = [](const json& object, const std::set<std::string>& known) {
       json extra = json::object();
       for (const auto& [key, value] : object.items())
@@ -538,6 +543,13 @@ private:
         if (json extra = unknown(item, std::string(list) == "nodes" ? nodeFields : channelFields); !extra.empty())
           extras[list][item["id"].get<std::string>()] = std::move(extra);
     }
+    // A cel is known by its channel and its start: cels never overlap.
+    if (doc_.contains("channels"))
+      for (const json& channel : doc_["channels"])
+        if (channel.contains("cels"))
+          for (const json& cel : channel["cels"])
+            if (json extra = unknown(cel, celFields); !extra.empty())
+              extras["cels"][channel["id"].get<std::string>()][celKey(cel["start"].get<double>())] = std::move(extra);
     if (!extras.empty()) edit.setFileExtras(extras.dump());
   }
 
@@ -804,6 +816,15 @@ std::string EditFile::toJson(const Edit& edit, const std::string& objectsStamp) 
         for (nlohmann::ordered_json& item : doc[list])
           if (extras[list].contains(item["id"].get<std::string>()))
             add(item, extras[list][item["id"].get<std::string>()]);
+    if (extras.contains("cels"))
+      for (nlohmann::ordered_json& channel : doc["channels"]) {
+        const auto ofChannel = extras["cels"].find(channel["id"].get<std::string>());
+        if (ofChannel == extras["cels"].end()) continue;
+        for (nlohmann::ordered_json& cel : channel["cels"]) {
+          const auto ofCel = ofChannel->find(celKey(cel["start"].get<double>()));
+          if (ofCel != ofChannel->end()) add(cel, *ofCel);
+        }
+      }
   }
   return doc.dump(2) + "\n";
 }

@@ -223,7 +223,8 @@ TEST(EditFileTest, EveryDamagedSidecarGetsOneLineWithAReason) {
 
 TEST(EditFileTest, FieldsOfALaterVersionSurviveALoadAndASave) {
   const std::string text = R"({"name": "Later", "frameRate": 25, "colourSpace": {"primaries": "bt709"},
-    "channels": [{"id": "1.0.1", "cels": [{"start": 0, "end": 1, "graph": "2.0.1"}], "locked": true}],
+    "channels": [{"id": "1.0.1", "cels": [{"start": 0, "end": 1, "graph": "2.0.1", "speed": 2},
+                                       {"start": 1, "end": 2, "black": true}], "locked": true}],
     "nodes": [{"id": "2.0.1", "kind": "effect", "tag": "mix", "inputs": ["3.0.1", "0.0.0"], "blendMode": "screen"},
               {"id": "3.0.1", "kind": "material", "media": {"testcard": "bars"}, "reel": ["A", 7]}]})";
   auto loaded = EditFile::parse(text, "later.json", ".");
@@ -232,6 +233,8 @@ TEST(EditFileTest, FieldsOfALaterVersionSurviveALoadAndASave) {
   loaded.edit->close();
   EXPECT_EQ(saved["colourSpace"], nlohmann::json::parse(R"({"primaries": "bt709"})"));
   EXPECT_EQ(saved["channels"][0]["locked"], true);
+  EXPECT_EQ(saved["channels"][0]["cels"][0]["speed"], 2);
+  EXPECT_FALSE(saved["channels"][0]["cels"][1].contains("speed"));
   EXPECT_EQ(saved["nodes"][0]["blendMode"], "screen");
   EXPECT_EQ(saved["nodes"][1]["reel"], nlohmann::json::parse(R"(["A", 7])"));
   // And again: what was kept is kept once, not doubled.
