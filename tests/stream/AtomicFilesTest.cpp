@@ -4,6 +4,7 @@
 #include "host/stream/AtomicFiles.h"
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <sys/resource.h>
 #include <sys/stat.h>
