@@ -9,18 +9,18 @@ namespace {
 using testsupport::EditBuilder;
 using testsupport::ViewFixture;
 
-const IdStamp material(3, 0, 1), fedMaterial(3, 0, 2), aliasId(3, 0, 4);
+const IdStamp wiredMaterial(3, 0, 1), fedMaterial(3, 0, 2), wiredAlias(3, 0, 4);
 const IdStamp locked(2, 0, 1), belowLock(2, 0, 2), open(2, 0, 3);
 
-// V1: locked(belowLock(material)); V2: open(alias(fedMaterial)).
+// V1: locked(belowLock(wiredMaterial)); V2: open(alias(fedMaterial)).
 EditPtr wiringEdit() {
   EditBuilder b;
-  b.material(material);
+  b.material(wiredMaterial);
   b.material(fedMaterial);
-  b.effect(belowLock, "colourcorrect", {material});
+  b.effect(belowLock, "colourcorrect", {wiredMaterial});
   b.effect(locked, "pip", {belowLock, IdStamp()})->setConnectionEditable(false);
-  b.alias(aliasId, fedMaterial);
-  b.effect(open, "mix", {aliasId});
+  b.alias(wiredAlias, fedMaterial);
+  b.effect(open, "mix", {wiredAlias});
   b.channel(IdStamp(1, 0, 1), L"V1", locked);
   b.channel(IdStamp(1, 0, 2), L"V2", open);
   return b.edit();
@@ -35,7 +35,7 @@ protected:
 };
 
 TEST_F(NodeWiring, InputsKeepEmptySlotsWhileOutputsAreErased) {
-  Ux::Ptr<FXGraphViewNode> source = make(material), dest = make(locked);
+  Ux::Ptr<FXGraphViewNode> source = make(wiredMaterial), dest = make(locked);
   EXPECT_FALSE(dest->connectInput(0, nullptr));
   ASSERT_TRUE(dest->connectInput(1, source.get()));
   ASSERT_TRUE(dest->connectInput(1, source.get())) << "the same wire again";
@@ -74,8 +74,8 @@ TEST_F(NodeWiring, LockedEffectsAndAliasesLimitEditing) {
   };
   // A locked effect locks its own inputs; everything below it is locked
   // both ways. An alias's input is never the user's.
-  for (const Expect& e : {Expect{locked, false, true}, Expect{belowLock, false, false}, Expect{material, false, false},
-                          Expect{open, true, true}, Expect{aliasId, false, true}, Expect{fedMaterial, true, true}}) {
+  for (const Expect& e : {Expect{locked, false, true}, Expect{belowLock, false, false}, Expect{wiredMaterial, false, false},
+                          Expect{open, true, true}, Expect{wiredAlias, false, true}, Expect{fedMaterial, true, true}}) {
     Ux::Ptr<FXGraphViewNode> n = fx.node(e.id);
     ASSERT_TRUE(n) << e.id.asString().str();
     EXPECT_EQ(n->inputsEditable(), e.inputs) << e.id.asString().str();
@@ -85,7 +85,7 @@ TEST_F(NodeWiring, LockedEffectsAndAliasesLimitEditing) {
   Ux::Ptr<FXGraphViewNode> fed = fx.node(fedMaterial);
   EXPECT_FALSE(fed->isOutputEditable(0));
   EXPECT_TRUE(fed->isOutputEditable(1));
-  EXPECT_TRUE(fx.node(aliasId)->isOutputEditable(0));
+  EXPECT_TRUE(fx.node(wiredAlias)->isOutputEditable(0));
   EXPECT_FALSE(fx.node(belowLock)->isOutputEditable(1));
 }
 

@@ -22,7 +22,7 @@ using Orientations = VidRouting::Orientations;
 
 namespace {
 
-constexpr double gap = FXGraphView::layoutGap; // the spacing the view tidies with
+constexpr double tidyGap = FXGraphView::layoutGap; // the spacing the view tidies with
 
 struct GeneratedTree {
   EditPtr edit;
@@ -45,7 +45,7 @@ TEST_P(GeneratedTrees, LevelsSiblingsAndExtentsHold) {
   const auto [nodes, seed] = GetParam();
   GeneratedTree tree(nodes, seed);
   FakePosSource source;
-  FXGraphTidier tidier(source, gap, gap);
+  FXGraphTidier tidier(source, tidyGap, tidyGap);
   EditGraphIterator it = tree.at();
   const double rootX = 3, rootY = -2;
   ASSERT_TRUE(tidier.tidyTreeStruct(it, rootX, rootY));
@@ -59,7 +59,7 @@ TEST_P(GeneratedTrees, LevelsSiblingsAndExtentsHold) {
   std::map<std::pair<double, double>, std::set<IdStamp>> parentsAt; // spot -> parents of the nodes there
   for (const auto& [id, info] : examiner.records()) {
     const XY<double> p = info.record->getDrawPosition();
-    EXPECT_NEAR(p.x, rootX - info.depth * gap, 1e-9) << id.asString().str();
+    EXPECT_NEAR(p.x, rootX - info.depth * tidyGap, 1e-9) << id.asString().str();
     minX = std::min(minX, p.x);
     maxX = std::max(maxX, p.x);
     minY = std::min(minY, p.y);
@@ -69,7 +69,7 @@ TEST_P(GeneratedTrees, LevelsSiblingsAndExtentsHold) {
     EXPECT_TRUE(firstOfItsFamilyHere) << "siblings share a spot at " << p.x << ", " << p.y;
   }
   EXPECT_EQ(tidier.getTreeExtents(), (Ux::Box<double>(minX, minY, maxX, maxY)));
-  EXPECT_LT(maxY - minY, nodes * gap);
+  EXPECT_LT(maxY - minY, nodes * tidyGap);
 
   // The layout does not depend on where the nodes were before.
   std::map<IdStamp, XY<double>> first;
@@ -89,8 +89,8 @@ TEST_P(GeneratedTrees, OrientationsMirrorEachOther) {
   GeneratedTree tree(nodes, seed);
   FakePosSource across(Orientations::LeftToRight);
   FakePosSource upright(Orientations::BottomToTop);
-  FXGraphTidier acrossTidier(across, gap, gap);
-  FXGraphTidier uprightTidier(upright, gap, gap);
+  FXGraphTidier acrossTidier(across, tidyGap, tidyGap);
+  FXGraphTidier uprightTidier(upright, tidyGap, tidyGap);
   EditGraphIterator it = tree.at();
   const double rootX = 1, rootY = 2;
   ASSERT_TRUE(acrossTidier.tidyTreeStruct(it, rootX, rootY));
