@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <type_traits>
 
 #include "host/FxHostApi.h"
 #include "host/core/Ptr.h"
@@ -67,7 +68,12 @@ class NotifierT : public NotifierBase {
 public:
   using Callback = std::function<int(const Event&)>;
 
-  SubscriptionHandle registerInternal(Callback callback, NotifyMsgType filter = anyNotifyMsgType) {
+  // Any callable taking the event. It is kept as it is, not wrapped in a
+  // Callback first: a lambda holding one pointer then needs no allocation of
+  // its own, which counts when every record subscribes to its values.
+  template <class F>
+  requires std::is_invocable_r_v<int, const F&, const Event&>
+      SubscriptionHandle registerInternal(F callback, NotifyMsgType filter = anyNotifyMsgType) {
     return NotifierBase::registerInternal(
         [cb = std::move(callback)](const void* event, NotifyMsgType) { return cb(*static_cast<const Event*>(event)); },
         filter);

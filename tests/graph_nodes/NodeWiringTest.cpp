@@ -74,8 +74,9 @@ TEST_F(NodeWiring, LockedEffectsAndAliasesLimitEditing) {
   };
   // A locked effect locks its own inputs; everything below it is locked
   // both ways. An alias's input is never the user's.
-  for (const Expect& e : {Expect{locked, false, true}, Expect{belowLock, false, false}, Expect{wiredMaterial, false, false},
-                          Expect{open, true, true}, Expect{wiredAlias, false, true}, Expect{fedMaterial, true, true}}) {
+  for (const Expect& e :
+       {Expect{locked, false, true}, Expect{belowLock, false, false}, Expect{wiredMaterial, false, false},
+        Expect{open, true, true}, Expect{wiredAlias, false, true}, Expect{fedMaterial, true, true}}) {
     Ux::Ptr<FXGraphViewNode> n = fx.node(e.id);
     ASSERT_TRUE(n) << e.id.asString().str();
     EXPECT_EQ(n->inputsEditable(), e.inputs) << e.id.asString().str();
