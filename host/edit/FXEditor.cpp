@@ -173,6 +173,8 @@ void FXEditor::findOrphanedComponents(const EditPtr& edit, std::vector<IdStamp>&
       heads.push_back(id);
       cover(id);
     }
+  // Looked up in a set: an edit can hold hundreds of thousands of pieces.
+  std::set<IdStamp> known(roots.begin(), roots.end());
   for (const IdStamp& id : heads)
-    if (std::find(roots.begin(), roots.end(), id) == roots.end()) roots.push_back(id);
+    if (known.insert(id).second) roots.push_back(id);
 }
