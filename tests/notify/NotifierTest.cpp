@@ -105,6 +105,31 @@ TEST(NotifierTest, NestedNotificationFromADeliveryReachesEveryone) {
   EXPECT_EQ(log.lines, (Lines{"1:outer", "1:inner", "2:inner", "2:outer"}));
 }
 
+// Subscribers that arrive mid-delivery while the list is full wait apart:
+// they must still hear a nested message, in order, and leave when told.
+TEST(NotifierTest, ManyJoiningDuringADeliveryKeepTheirOrder) {
+  Notifier n;
+  Log log;
+  std::vector<SubscriptionHandle> added;
+  auto first = n.registerInternal([&](const NotifyMsg& m) {
+    if (m.text != "outer") return 0;
+    for (int i = 0; i < 9; ++i) added.push_back(n.registerInternal(log.as(std::to_string(i))));
+    added[4].reset(); // one waiting leaves before it hears anything
+    n.issueNotification(NotifyMsg("inner"), typeB);
+    return 0;
+  });
+  auto last = n.registerInternal(log.as("last"));
+  n.issueNotification(NotifyMsg("outer"), typeA);
+  const Lines heard{"last:inner", "0:inner", "1:inner", "2:inner", "3:inner",
+                    "5:inner",    "6:inner", "7:inner", "8:inner", "last:outer"};
+  EXPECT_EQ(log.lines, heard);
+  log.lines.clear();
+  added[7].reset();
+  n.issueNotification(NotifyMsg("next"), typeA);
+  EXPECT_EQ(log.lines, (Lines{"last:next", "0:next", "1:next", "2:next", "3:next", "5:next", "6:next", "8:next"}));
+  EXPECT_EQ(n.subscriberCount(), 9u);
+}
+
 TEST(NotifierTest, DestroyedNotifierSaysSoFirstThenLeavesHandlesInert) {
   auto n = std::make_unique<Notifier>();
   Log log;
