@@ -58,6 +58,25 @@ std::vector<std::string> words(const std::string& line) {
   return out;
 }
 
+// A key by the name scripts give it: one printable character, or the name
+// of a key that is not text.
+bool keyCode(const std::string& name, int& code) {
+  static const std::pair<const char*, int> named[] = {
+      {"Tab", Event::keyTab},       {"Return", Event::keyReturn}, {"Escape", Event::keyEscape},
+      {"Delete", Event::keyDelete}, {"space", Event::keySpace},   {"Left", Event::arrowLeft},
+      {"Right", Event::arrowRight}, {"Up", Event::arrowUp},       {"Down", Event::arrowDown}};
+  for (const auto& [text, value] : named)
+    if (name == text) {
+      code = value;
+      return true;
+    }
+  if (name.size() == 1 && name[0] > ' ' && name[0] < 127) {
+    code = name[0];
+    return true;
+  }
+  return false;
+}
+
 bool integer(const std::string& text, int& out) {
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), out);
   return ec == std::errc() && end == text.data() + text.size();
@@ -120,6 +139,22 @@ bool ScriptRunner::mouse(int type, XY<int> viewPixel, int button, bool ctrl) {
   e.time = msecsNow();
   GlobManager::setKeyboardModifiers(ctrl ? Event::controlHeld : 0);
   return GlobManager::dispatch(e);
+}
+
+bool ScriptRunner::key(int code, unsigned modifiers) {
+  Event e;
+  e.type = Event::keyDown;
+  e.key = code;
+  e.modifiers = modifiers;
+  e.screen = toScreen(mouse_);
+  e.time = msecsNow();
+  GlobManager::setKeyboardModifiers(modifiers);
+  const bool taken = GlobManager::dispatch(e);
+  e.type = Event::keyUp;
+  GlobManager::dispatch(e);
+  GlobManager::setKeyboardModifiers(0);
+  GlobManager::processDeletions();
+  return taken;
 }
 
 bool ScriptRunner::nodeCentre(const std::string& id, XY<int>& at, std::string& why) const {
@@ -414,6 +449,30 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       mouse(Event::mouseUp, p, Event::left, false);
       pressed_ = 0;
     }
+  } else if (cmd == "key") {
+    if (!wants(1, 3, "key NAME [shift] [ctrl]") || !needPanel()) return false;
+    int code = 0;
+    if (!keyCode(w[1], code)) {
+      why = "key: " + echoed(w[1]) +
+            " is not a key (a character, Tab, Return, Escape, Delete, Left, Right, Up, Down or space)";
+      return false;
+    }
+    unsigned modifiers = 0;
+    for (std::size_t i = 2; i < w.size(); ++i) {
+      if (w[i] == "shift")
+        modifiers |= Event::shiftHeld;
+      else if (w[i] == "ctrl")
+        modifiers |= Event::controlHeld;
+      else {
+        why = "key: " + echoed(w[i]) + " is not shift or ctrl";
+        return false;
+      }
+    }
+    key(code, modifiers);
+  } else if (cmd == "hover") {
+    XY<int> p;
+    if (!wants(2, 2, "hover X Y") || !needPanel() || !point(1, p)) return false;
+    mouse(Event::mouseMove, p, 0, false);
   } else if (cmd == "wheel") {
     int steps = 0;
     if (!wants(1, 1, "wheel N") || !needPanel()) return false;
@@ -507,6 +566,34 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     mouse(Event::mouseDown, at, Event::right, false);
     mouse(Event::mouseUp, at, Event::right, false);
     if (!pickMenuEntry(entry, why)) return false;
+  } else if (cmd == "drop" && w.size() >= 6 && w[w.size() - 4] == "wire") {
+    // drop TEMPLATE wire FROM TO INPUT: onto the wire, where no node hides it.
+    if (!needPanel()) return false;
+    const std::size_t n = w.size();
+    IdStamp from, to;
+    int input = -1;
+    if (!IdStamp::fromString(w[n - 3], from) || !IdStamp::fromString(w[n - 2], to) || !integer(w[n - 1], input) ||
+        input < 0) {
+      why = "usage: drop TEMPLATE wire FROM TO INPUT (two node ids and an input number)";
+      return false;
+    }
+    FXGraphView* view = session_.view();
+    Ux::Ptr<FXGraphViewNode> dest = view->findViewRecForNode(to);
+    FXGraphViewNode* source = dest ? dest->getInputConnect(input) : nullptr;
+    if (!source || source->getNodeID() != from) {
+      why = "no wire from " + w[n - 3] + " into input " + w[n - 1] + " of " + w[n - 2];
+      return false;
+    }
+    bringIntoView(*dest);
+    XY<int> at;
+    if (!view->clearPointOnWire(to, input, at)) {
+      why = "the wire from " + w[n - 3] + " to " + w[n - 2] + " is hidden under nodes or outside the view";
+      return false;
+    }
+    const std::size_t first = line.find(w[1], line.find(cmd) + cmd.size());
+    std::size_t end = line.rfind(w[n - 1]);
+    for (std::size_t k = 2; k <= 4; ++k) end = line.rfind(w[n - k], end - 1);
+    if (!dropTemplate(trimmed(line.substr(first, end - first)), at, why)) return false;
   } else if (cmd == "drop") {
     XY<int> at;
     if (w.size() < 3) {

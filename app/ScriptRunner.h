@@ -27,6 +27,8 @@ public:
 
 private:
   bool mouse(int type, XY<int> viewPixel, int button, bool ctrl);
+  // A key pressed and let go through the screen's events.
+  bool key(int code, unsigned modifiers);
   XY<int> toScreen(XY<int> viewPixel) const;
   bool nodeCentre(const std::string& id, XY<int>& at, std::string& why) const;
   // A press and a release of a button at a screen point; whether the press was taken.

@@ -43,6 +43,7 @@ json nodeJson(const FXGraphViewNode& n) {
   j["primary"] = n.isPrimary();
   j["active"] = n.getNodeActive();
   j["state"] = state(n);
+  j["description"] = n.view() ? toUTF8(n.view()->describeNode(n)).str() : std::string();
   j["pos"] = point(n.getPosition());
   j["bounds"] = {n.getL(), n.getB(), n.getR(), n.getT()};
   j["pixels"] = box(n.calcPixelExtents());
@@ -208,12 +209,23 @@ json dumpState(const Session& session) {
   }
   doc["nodes"] = nodes;
   doc["wires"] = wires;
-  if (view->dragAnchor())
+  if (view->dragAnchor()) {
+    json accepts = json::array();
+    for (const FXGraphView::PadRef& pad : view->acceptingPads())
+      accepts.push_back(pad.atInput ? json{{"node", id(pad.node)}, {"input", pad.index}, {"atInput", true}}
+                                    : json{{"node", id(pad.node)}, {"output", pad.index}, {"atInput", false}});
     doc["drag"] = {{"anchor", id(view->dragAnchor()->getNodeID())},
                    {"pad", view->dragAnchorPad()},
-                   {"atInput", view->dragAnchoredAtInput()}};
-  else
+                   {"atInput", view->dragAnchoredAtInput()},
+                   {"accepts", accepts}};
+  } else {
     doc["drag"] = nullptr;
+  }
+  const IdStamp& focus = view->keyboardFocus();
+  doc["focus"] = focus.valid() && view->findViewRecForNode(focus) ? json(id(focus)) : json(nullptr);
+  json highlighted = json::array();
+  for (const IdStamp& h : view->highlightedNodes()) highlighted.push_back(id(h));
+  doc["highlighted"] = highlighted;
   const Vob* vob = session.vob();
   doc["undo"] = {{"canUndo", vob && vob->canUndo()}, {"canRedo", vob && vob->canRedo()}};
   return doc;

@@ -319,6 +319,7 @@ bool FXGraphTool::handleDataMessageEvent(const LightweightString<char>& msg, Glo
 
 bool FXGraphTool::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown) return false;
+  if (view_ && view_->handleKeyEvent(e)) return true;
   if (e.modifiers & Event::controlHeld) {
     if (!getVob()) return false;
     if (e.key == 'z')

@@ -6,7 +6,9 @@
 
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
+#include "host/edit/EffectInstance.h"
 #include "host/edit/FXEditor.h"
+#include "host/edit/TransitStatus.h"
 #include "host/render/EffectTemplateManager.h"
 #include "host/render/StillsQueue.h"
 #include "host/ui/EffectMenuItems.h"
@@ -257,8 +259,20 @@ bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) {
     int index = 0;
     if (n->translateMouseEvent(position.x, position.y, index) != FXGraphViewNode::eNothing) return true;
   }
-  return false;
+  WireRef wire;
+  return wireAt(position, wire);
 }
+
+namespace {
+// A new effect made from a template, for a graph of the given track type.
+Ux::Ptr<EffectInstance> effectFromTemplate(const Edit& edit, const EffectTemplateSummary& t, TrackType type) {
+  Ux::Ptr<EffectInstance> effect(new EffectInstance(FXEditor::newNodeId(edit), t.name, t.tagTypeId, type));
+  effect->setNumInputs(static_cast<unsigned>(std::max(1, t.numInputs)));
+  for (std::size_t i = 0; i < t.inputNames.size() && i < effect->getNumInputs(); ++i)
+    effect->setInputName(static_cast<unsigned>(i), t.inputNames[i]);
+  return effect;
+}
+} // namespace
 
 bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) {
   const auto* dropped = dynamic_cast<const EffectTemplateDragItem*>(&item);
@@ -271,15 +285,29 @@ bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) {
     EditGraphIterator at = getIteratorFor(n->getNodeID(), 9);
     if (!at.isValid()) return false;
     EasyBackup step(edit_);
-    const EffectTemplateSummary& t = dropped->summary();
-    Ux::Ptr<EffectInstance> effect(
-        new EffectInstance(FXEditor::newNodeId(*edit_), t.name, t.tagTypeId, at.getNode()->getTrackType()));
-    effect->setNumInputs(static_cast<unsigned>(std::max(1, t.numInputs)));
-    for (std::size_t i = 0; i < t.inputNames.size() && i < effect->getNumInputs(); ++i)
-      effect->setInputName(static_cast<unsigned>(i), t.inputNames[i]);
-    FXEditor(edit_).insertAbove(at, effect);
+    FXEditor(edit_).insertAbove(at, effectFromTemplate(*edit_, dropped->summary(), at.getNode()->getTrackType()));
     edit_->addModification({EditModification(EditModification::structure)}, true);
     return true;
   }
-  return false;
+  WireRef wire;
+  return wireAt(position, wire) && insertOnWire(dropped->summary(), wire);
+}
+
+bool FXGraphView::insertOnWire(const EffectTemplateSummary& t, const WireRef& wire) {
+  if (!edit_ || !wire.to || !wire.to->graphNode()) return false;
+  FXGraphViewNode* from = wire.to->getInputConnect(wire.input);
+  if (!from || !from->graphNode()) return false;
+  // The editor must let the input be wired again: a locked effect's inputs stay.
+  const EditGraphIterator destination = getIteratorFor(wire.to->graphNode(), 9);
+  FXEditor editor(edit_, 0, getPrimaryChanIx());
+  if (!destination.isValid() || !editor.canConnectNodes(destination, wire.input, getIteratorFor(from->graphNode(), 9)))
+    return false;
+  // The source as met through that input: the effect goes in between.
+  EditGraphIterator at = destination;
+  if (!at.moveToInput(wire.input) || at.getNode().get() != from->graphNode().get()) return false;
+  EasyBackup step(edit_);
+  editor.insertAbove(at, effectFromTemplate(*edit_, t, from->graphNode()->getTrackType()));
+  if (getVob() && getVob()->getStateFlag()) TransitStatus::manager().notifyChange(getVob());
+  edit_->addModification({EditModification(EditModification::structure)}, true);
+  return true;
 }

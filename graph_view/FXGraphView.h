@@ -9,9 +9,12 @@
 //   FXGraphViewNodeList.cpp ..... the node list: rebuild, node kinds, positions, tidy
 //   FXGraphViewDrawing.cpp ...... the frame: background, wires, nodes
 //   FXGraphViewMouse.cpp ........ mouse dispatch, pad clicks, the drag state
+//   FXGraphViewKeyboard.cpp ..... keyboard focus and keys, hover and wire hints,
+//                                 node descriptions
 //
 // Coordinate spaces: graph units (doubles, y up) and view pixels (the view's
 // own bottom-up pixels). Conversions live here and say which way they go.
+#include <array>
 #include <map>
 #include <memory>
 #include <unordered_map>
@@ -23,6 +26,7 @@
 #include "host/core/Vector.h"
 #include "host/edit/CelEventPair.h"
 #include "host/edit/Vob.h"
+#include "host/render/EffectTemplateSummary.h"
 #include "host/render/RenderContext.h"
 #include "host/ui/DragDrop.h"
 #include "host/ui/Glob.h"
@@ -192,6 +196,45 @@ public:
   const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return moved_; }
   bool isBusy() const noexcept { return busy_; }
 
+  // -- keyboard, hover and hints --------------------------------------------------
+  // Keys the view takes: "f" fits the whole graph in the view, shift+"f"
+  // centres the node under the mouse (or with focus) at the zoom it has.
+  // With a node in focus: the arrows walk the graph (towards its inputs,
+  // towards its output, between siblings: which arrow is which follows the
+  // orientation), Return opens the effect's parameters, space switches it on
+  // or off as a click does, Delete removes it as the "remove_utr" command
+  // does, "p" picks a wire up or drops it at the node's pads as pad clicks
+  // do, Escape lets go of the focus.
+  bool handleKeyEvent(const Event& e) override;
+  // The node with keyboard focus (a click on a node gives it), or none.
+  const IdStamp& keyboardFocus() const noexcept { return keyFocus_; }
+  void setKeyboardFocus(const IdStamp& id);
+  // While a wire dangles: every pad that would take it, as the editor
+  // judges (no cycle, no locked input): free inputs for a wire from an
+  // output, spare output slots for a wire from an input.
+  struct PadRef {
+    IdStamp node;
+    int index = 0;
+    bool atInput = false;
+  };
+  std::vector<PadRef> acceptingPads() const;
+  // A wire: the node it feeds and that node's input.
+  struct WireRef {
+    Ux::Ptr<FXGraphViewNode> to;
+    int input = -1;
+  };
+  // The wire drawn under a view pixel (within a few pixels), if any.
+  bool wireAt(XY<int> p, WireRef& out) const;
+  // A point of the wire into the input that no node covers, for a drop;
+  // false when the wire is not there or wholly hidden.
+  bool clearPointOnWire(const IdStamp& to, int input, XY<int>& out) const;
+  // The node under the mouse and every node upstream of it: the wires
+  // that feed the hovered node, all the way up, are drawn highlighted.
+  const std::vector<IdStamp>& highlightedNodes() const noexcept { return highlighted_; }
+  // Says what a node is in words: its kind, title, whether it is on, what
+  // feeds each input and what its output feeds.
+  LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
+
   // -- stills -------------------------------------------------------------------
   // Stills are made in the background: a node shows the picture it showed
   // before, or a placeholder, until its still is ready, and then only that
@@ -249,6 +292,20 @@ private:
   void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,
                  unsigned short thickness);
   bool drawArea(PixelBox area);
+  // A wire's path: one or two cubic curves (start, end, two control points).
+  using Curve = std::array<XY<int>, 4>;
+  std::vector<Curve> wireCurves(const XY<int>& from, const XY<int>& to) const;
+  // Points along a wire, every few pixels.
+  std::vector<XY<int>> wirePoints(const FXGraphViewNode& to, int input) const;
+  // Lays a new effect of the template into a wire, from its source to
+  // its input; one undo step. False where the editor refuses.
+  bool insertOnWire(const EffectTemplateSummary& t, const WireRef& wire);
+  // The focus ring, the highlighted wires and, while a wire dangles, the
+  // pads that would take it lit and the others dimmed.
+  void drawHints();
+  void walkFocus(int key);
+  bool pickOrDropAtFocus();
+  void updateHover(XY<int> position);
 
   // Focus.
   EditPtr edit_;
@@ -311,6 +368,13 @@ private:
 
   int timerHolds_ = 0;
   uint64_t timerStart_ = 0;
+
+  // Keyboard focus, and the consumers the walk came down through (a node
+  // with shared outputs goes back the way it came); hover.
+  IdStamp keyFocus_;
+  std::vector<IdStamp> keyPath_;
+  IdStamp hovered_;
+  std::vector<IdStamp> highlighted_;
 
   // Stills.
   bool stillsInBackground_ = true;

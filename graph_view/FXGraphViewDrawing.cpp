@@ -83,6 +83,7 @@ void FXGraphView::drawBackground() {
   drawNodes();
   drawConnections(eNormalEdge);
   drawFades();
+  drawHints();
   drawDraggedConnection();
   drawStills();
 }
@@ -130,29 +131,26 @@ void FXGraphView::drawCurve(const XY<int>& start, const XY<int>& end, const XY<i
   r.addModifiedArea(area);
 }
 
-void FXGraphView::drawConnection(const XY<int>& from, const XY<int>& to, const Colour& colour,
-                                 unsigned short thickness) {
+std::vector<FXGraphView::Curve> FXGraphView::wireCurves(const XY<int>& from, const XY<int>& to) const {
   const int ax = from.x, ay = from.y, bx = to.x, by = to.y;
   const int d = static_cast<int>(scale_ * 0.0625); // half a node width, pixels
   const int mx = (ax + bx) / 2, my = (ay + by) / 2;
+  using P = XY<int>;
   if (orientation_ == VidRouting::Orientations::LeftToRight) {
-    if (ax <= bx) {
-      drawCurve({ax, ay}, {bx, by}, {mx, ay}, {mx, by}, colour, thickness);
-    } else {
-      // Backwards: out to the right of the output, in from the left of the input.
-      drawCurve({ax, ay}, {mx, my}, {ax + d, ay}, {ax + d, my}, colour, thickness);
-      drawCurve({mx, my}, {bx, by}, {bx - d, my}, {bx - d, by}, colour, thickness);
-    }
-  } else if (orientation_ == VidRouting::Orientations::BottomToTop) {
-    if (ay <= by) {
-      drawCurve({ax, ay}, {bx, by}, {ax, my}, {bx, my}, colour, thickness);
-    } else {
-      drawCurve({ax, ay}, {mx, my}, {ax, ay + d}, {mx, ay + d}, colour, thickness);
-      drawCurve({mx, my}, {bx, by}, {mx, by - d}, {bx, by - d}, colour, thickness);
-    }
-  } else {
-    drawCurve({ax, ay}, {bx, by}, {ax, my}, {bx, my}, colour, thickness);
+    if (ax <= bx) return {Curve{P{ax, ay}, P{bx, by}, P{mx, ay}, P{mx, by}}};
+    // Backwards: out to the right of the output, in from the left of the input.
+    return {Curve{P{ax, ay}, P{mx, my}, P{ax + d, ay}, P{ax + d, my}},
+            Curve{P{mx, my}, P{bx, by}, P{bx - d, my}, P{bx - d, by}}};
   }
+  if (orientation_ == VidRouting::Orientations::BottomToTop && ay > by)
+    return {Curve{P{ax, ay}, P{mx, my}, P{ax, ay + d}, P{mx, ay + d}},
+            Curve{P{mx, my}, P{bx, by}, P{mx, by - d}, P{bx, by - d}}};
+  return {Curve{P{ax, ay}, P{bx, by}, P{ax, my}, P{bx, my}}};
+}
+
+void FXGraphView::drawConnection(const XY<int>& from, const XY<int>& to, const Colour& colour,
+                                 unsigned short thickness) {
+  for (const Curve& c : wireCurves(from, to)) drawCurve(c[0], c[1], c[2], c[3], colour, thickness);
 }
 
 void FXGraphView::drawNodes() {

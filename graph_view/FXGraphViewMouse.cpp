@@ -41,6 +41,7 @@ void structureChanged(const EditPtr& edit) {
 
 bool FXGraphView::handleMouseEvent(const Event& e) {
   mouse_ = e.position;
+  if (e.type == Event::mouseMove && !moved_ && !panning_) updateHover(e.position);
   bool handled = false;
   const bool readOnly = getVob() && getVob()->isReadOnly();
   if (e.type == Event::mouseDown && e.button == Event::left) {
@@ -62,6 +63,7 @@ bool FXGraphView::handleMouseEvent(const Event& e) {
           graphToViewSpace(node->getR(), node->getT(), x1, y1);
           grab_ = {static_cast<int>(e.position.x - (x0 + x1) / 2), static_cast<int>(e.position.y - (y0 + y1) / 2)};
           moved_ = node;
+          setKeyboardFocus(node->getNodeID());
           enableETime();
           removeDraggedIFConnection();
           handled = true;

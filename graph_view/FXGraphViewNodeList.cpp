@@ -71,6 +71,9 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   }
   canvas().resetClipRect();
   anchor_.reset();
+  // The wires may have changed under the mouse: lit again when it moves.
+  hovered_ = IdStamp();
+  highlighted_.clear();
   // The heads of the channels at the time, found once: every root's iterator
   // is asked for during the rebuild, and the edit does not change meanwhile.
   std::unordered_map<IdStamp, IdStamp> heads;

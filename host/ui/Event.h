@@ -16,6 +16,16 @@ struct FXHOST_API Event {
   // left was down (a chord); 64, the press began a zoom drag (shift held).
   static constexpr unsigned chordClick = 32;
   static constexpr unsigned zoomDrag = 64;
+  // Codes of keys that are not text, as the window system gives them.
+  static constexpr int keyTab = 9;
+  static constexpr int keyReturn = 13;
+  static constexpr int keyEscape = 27;
+  static constexpr int keySpace = 32;
+  static constexpr int keyDelete = 127;
+  static constexpr int arrowRight = 0x4000004F;
+  static constexpr int arrowLeft = 0x40000050;
+  static constexpr int arrowDown = 0x40000051;
+  static constexpr int arrowUp = 0x40000052;
 
   Type type = none;
   Button button = noButton;

@@ -251,7 +251,14 @@ bool GlobManager::dispatch(Event e) {
       taker = screen->captured;
       break;
     }
-    taker = offer(screen->popup ? screen->popup : screen->focus ? screen->focus : globAt(screen->mouse), e);
+    {
+      // Keys go to the popup, else to whoever took the last press, else to
+      // what is under the mouse, else to the topmost panel: the window has
+      // the keyboard even when the mouse is elsewhere.
+      Glob* to = screen->popup ? screen->popup : screen->focus ? screen->focus : globAt(screen->mouse);
+      if (!to && !screen->roots.empty()) to = screen->roots.back();
+      taker = offer(to, e);
+    }
     break;
   default:
     break;

@@ -1,7 +1,10 @@
 // The program's script against the real tool, in process: commands from a
 // graph item's context menu, the buttons, a parameter changed in the
-// parameters panel, each one undo step; the layout kept across a restart.
+// parameters panel, each one undo step; the layout kept across a restart;
+// the keyboard, hovering and the pads offered to a dangling wire.
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -41,6 +44,33 @@ protected:
     ASSERT_TRUE(runner.runLine(line, why)) << line << ": " << why;
   }
   json dump() const { return dumpState(session); }
+  std::string focus() const {
+    const json f = dump()["focus"];
+    return f.is_null() ? std::string("none") : f.get<std::string>();
+  }
+  static const json& node(const json& d, const std::string& id) {
+    for (const json& n : d["nodes"])
+      if (n["id"] == id) return n;
+    throw std::runtime_error("no node " + id);
+  }
+  static std::string middleOf(const json& n) {
+    const json& p = n["pixels"];
+    return std::to_string((p[0].get<int>() + p[2].get<int>()) / 2) + " " +
+           std::to_string((p[1].get<int>() + p[3].get<int>()) / 2);
+  }
+  // A pixel of the view well away from every node.
+  static std::string emptyPixel(const json& d) {
+    const json& w = d["view"]["window"];
+    for (int y = w[3].get<int>() - 30; y > w[1].get<int>() + 30; y -= 10)
+      for (int x = w[0].get<int>() + 30; x < w[2].get<int>() - 30; x += 10)
+        if (std::none_of(d["nodes"].begin(), d["nodes"].end(), [&](const json& n) {
+              const json& p = n["pixels"];
+              return x > p[0].get<int>() - 30 && x < p[2].get<int>() + 30 && y > p[1].get<int>() - 30 &&
+                     y < p[3].get<int>() + 30;
+            }))
+          return std::to_string(x) + " " + std::to_string(y);
+    throw std::runtime_error("no empty pixel");
+  }
   double amount() const { return session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 1))->param("amount", -1); }
 
   testsupport::TempFolder folder;
@@ -111,6 +141,186 @@ TEST_F(PanelScript, ARestartBringsBackZoomAndTemplates) {
   const double zoom = session.view()->getZoom();
   run("choose view Zoom out");
   EXPECT_DOUBLE_EQ(session.view()->getZoom(), zoom * 0.75);
+}
+
+TEST_F(PanelScript, ArrowsWalkTheGraphInBothOrientationsAndGoBackTheWayTheyCame) {
+  // The Dissolve (2.0.1) takes Interview (3.0.1) and B-roll (3.0.2); B-roll
+  // also feeds the picture in picture (2.0.2) first, through Fg.
+  for (const std::string orientation : {"LeftToRight", "BottomToTop"}) {
+    SCOPED_TRACE(orientation);
+    run("orientation " + orientation);
+    const bool leftToRight = orientation == "LeftToRight";
+    const std::string toInputs = leftToRight ? "Left" : "Down", toOutput = leftToRight ? "Right" : "Up";
+    run("node-click 2.0.2");
+    EXPECT_EQ(focus(), "2.0.2") << "a click gives a node the focus";
+    run("key " + toInputs);
+    EXPECT_EQ(focus(), "3.0.2");
+    run("key " + toOutput);
+    EXPECT_EQ(focus(), "2.0.2") << "back the way it came, not to the Dissolve that B-roll feeds first";
+
+    run("node-click 2.0.1");
+    run("key " + toInputs);
+    EXPECT_EQ(focus(), "3.0.1");
+    // Siblings follow the screen: the arrow that points from one to the other.
+    const json d = dump();
+    const int axis = leftToRight ? 1 : 0;
+    const bool secondIsHigher = node(d, "3.0.2")["pos"][axis] > node(d, "3.0.1")["pos"][axis];
+    const std::string towards = leftToRight ? (secondIsHigher ? "Up" : "Down") : (secondIsHigher ? "Right" : "Left");
+    const std::string back = leftToRight ? (secondIsHigher ? "Down" : "Up") : (secondIsHigher ? "Left" : "Right");
+    run("key " + back);
+    EXPECT_EQ(focus(), "3.0.1") << "nothing further that way";
+    run("key " + towards);
+    EXPECT_EQ(focus(), "3.0.2");
+    run("key " + toOutput);
+    EXPECT_EQ(focus(), "2.0.1") << "the Dissolve it was reached from";
+    run("key Escape");
+    EXPECT_EQ(focus(), "none");
+  }
+}
+
+TEST_F(PanelScript, SpaceReturnAndDeleteActOnTheFocusedEffect) {
+  const IdStamp dissolve(2, 0, 1);
+  auto active = [&] { return session.edit()->openObject<EffectInstance>(dissolve)->isActive(); };
+  run("node-click 2.0.1");
+  ASSERT_FALSE(active()) << "the click switched it off";
+  run("key space");
+  EXPECT_TRUE(active());
+  run("key Return");
+  EXPECT_EQ(dump()["popups"].back()["type"], "CompoundEffectPanel");
+  const std::size_t steps = session.edit()->undoDepth();
+  run("key Delete");
+  EXPECT_FALSE(session.edit()->openNode(dissolve));
+  EXPECT_EQ(focus(), "none") << "the Dissolve fed nothing";
+  EXPECT_EQ(session.edit()->undoDepth(), steps + 1);
+  run("undo");
+  EXPECT_TRUE(session.edit()->openNode(dissolve));
+  // Keys a node does not take, and keys without focus, are left to others.
+  std::string why;
+  EXPECT_FALSE(runner.runLine("key F12", why));
+  EXPECT_NE(why.find("is not a key"), std::string::npos) << why;
+}
+
+TEST_F(PanelScript, FFitsTheGraphAndShiftFCentresTheNodeUnderTheMouse) {
+  auto outside = [&] {
+    const json d = dump();
+    const json& w = d["view"]["window"];
+    return std::count_if(d["nodes"].begin(), d["nodes"].end(), [&](const json& n) {
+      const json& p = n["pixels"];
+      return p[0] < w[0] || p[1] < w[1] || p[2] > w[2] || p[3] > w[3];
+    });
+  };
+  run("wheel 4");
+  ASSERT_GT(outside(), 0);
+  run("key f");
+  EXPECT_EQ(outside(), 0);
+
+  const json before = dump();
+  const json& matte = node(before, "3.0.5");
+  run("hover " + middleOf(matte));
+  run("key f shift");
+  const json after = dump();
+  EXPECT_EQ(after["view"]["zoom"], before["view"]["zoom"]);
+  const json& b = matte["bounds"];
+  EXPECT_NEAR(after["view"]["centre"][0], (b[0].get<double>() + b[2].get<double>()) / 2, 1e-9);
+  EXPECT_NEAR(after["view"]["centre"][1], (b[1].get<double>() + b[3].get<double>()) / 2, 1e-9);
+}
+
+TEST_F(PanelScript, HoveringANodeHighlightsEverythingUpstreamOfIt) {
+  const json d = dump();
+  run("hover " + middleOf(node(d, "2.0.2")));
+  const json lit = dump()["highlighted"];
+  EXPECT_EQ(std::set<std::string>(lit.begin(), lit.end()), (std::set<std::string>{"2.0.2", "3.0.2", "3.0.5"}));
+  run("hover " + middleOf(node(d, "3.0.5")));
+  EXPECT_TRUE(dump()["highlighted"].empty()) << "nothing feeds a matte";
+  run("hover " + emptyPixel(d));
+  EXPECT_TRUE(dump()["highlighted"].empty());
+  // Each node says what it is and what it is wired to.
+  EXPECT_EQ(node(d, "2.0.2")["description"],
+            "Effect \u201cV2 : Picture in picture\u201d, on; input Fg from \u201cB-roll : V1\u201d; input Bg from "
+            "\u201cV2 : Blue matte\u201d; output feeds nothing");
+}
+
+TEST_F(PanelScript, ATemplateDroppedOnAWireGoesInBetweenAsOneUndoStep) {
+  auto wireInto = [](const json& d, const std::string& to, int input) {
+    for (const json& w : d["wires"])
+      if (w["to"] == to && w["input"] == input) return w["from"].get<std::string>();
+    return std::string("nothing");
+  };
+  for (const std::string orientation : {"LeftToRight", "BottomToTop"}) {
+    SCOPED_TRACE(orientation);
+    run("reopen");
+    run("orientation " + orientation);
+    const std::size_t steps = session.edit()->undoDepth();
+    run("drop Blur wire 3.0.5 2.0.2 1");
+    const json d = dump();
+    const std::string added = wireInto(d, "2.0.2", 1);
+    ASSERT_NE(added, "3.0.5");
+    EXPECT_EQ(node(d, added)["title"], "V2 : Blur");
+    EXPECT_EQ(wireInto(d, added, 0), "3.0.5");
+    EXPECT_EQ(session.edit()->undoDepth(), steps + 1);
+    run("undo");
+    EXPECT_EQ(wireInto(dump(), "2.0.2", 1), "3.0.5");
+  }
+  // A locked effect's inputs are not rewired: the wire stays as it was.
+  session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 2))->setConnectionEditable(false);
+  run("time 5.5");
+  const std::size_t steps = session.edit()->undoDepth();
+  run("drop Blur wire 3.0.5 2.0.2 1");
+  EXPECT_EQ(wireInto(dump(), "2.0.2", 1), "3.0.5");
+  EXPECT_EQ(session.edit()->undoDepth(), steps);
+}
+
+// The pads a dangling wire is offered are exactly those where a click
+// connects it, for a wire held at either end; each trial starts afresh.
+TEST_F(PanelScript, TheOfferedPadsAreThoseWhereAClickConnects) {
+  // Frees the Dissolve's A, the logo's Bg and the picture in picture's Bg,
+  // then starts a wire at the picture in picture: from its output (it feeds
+  // nothing, so its spare slot is 0) or from its freed Bg.
+  auto setUpDrag = [&](bool fromInput) {
+    run("reopen");
+    for (const char* pad : {"2.0.1 in 0", "2.0.3 in 1", "2.0.2 in 1"}) {
+      run(std::string("pad ") + pad);
+      run("click " + emptyPixel(dump()));
+    }
+    run(fromInput ? "pad 2.0.2 in 1" : "pad 2.0.2 out 0");
+    const json drag = dump()["drag"];
+    EXPECT_EQ(drag["atInput"], fromInput);
+    return drag["accepts"];
+  };
+  for (const bool fromInput : {false, true}) {
+    SCOPED_TRACE(fromInput ? "held by an input" : "held by an output");
+    const json accepts = setUpDrag(fromInput);
+    const json d = dump();
+    int offered = 0, tried = 0;
+    for (const json& n : d["nodes"]) {
+      std::vector<std::pair<std::string, int>> pads; // script pad, index
+      if (fromInput) {
+        pads.emplace_back("out", static_cast<int>(n["outputs"].size()) - 1);
+      } else {
+        for (const json& in : n["inputs"])
+          if (in["from"].is_null()) pads.emplace_back("in", in["index"].get<int>());
+      }
+      for (const auto& [end, index] : pads) {
+        const std::string id = n["id"];
+        const bool isOffered = std::any_of(accepts.begin(), accepts.end(), [&](const json& a) {
+          return a["node"] == id && a[fromInput ? "output" : "input"] == index;
+        });
+        setUpDrag(fromInput);
+        run("pad " + id + " " + end + " " + std::to_string(index));
+        const json after = dump();
+        const bool connected =
+            after["drag"].is_null() && std::any_of(after["wires"].begin(), after["wires"].end(), [&](const json& w) {
+              return fromInput ? w["from"] == id && w["to"] == "2.0.2" && w["input"] == 1
+                               : w["from"] == "2.0.2" && w["to"] == id && w["input"] == index;
+            });
+        EXPECT_EQ(isOffered, connected) << id << " " << end << " " << index;
+        offered += isOffered;
+        ++tried;
+      }
+    }
+    EXPECT_GT(offered, 1);
+    EXPECT_GT(tried, offered) << "its own pad refuses the wire";
+  }
 }
 
 } // namespace
