@@ -469,6 +469,13 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       }
     }
     key(code, modifiers);
+  } else if (cmd == "type") {
+    // The rest of the line, blanks kept, one key a character.
+    if (w.size() < 2 || !needPanel()) {
+      if (w.size() < 2) why = "usage: type TEXT";
+      return false;
+    }
+    for (wchar_t c : std::wstring(toWide(rest(line, cmd)).str())) key(static_cast<int>(c), 0);
   } else if (cmd == "hover") {
     XY<int> p;
     if (!wants(2, 2, "hover X Y") || !needPanel() || !point(1, p)) return false;

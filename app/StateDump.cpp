@@ -226,6 +226,15 @@ json dumpState(const Session& session) {
   json highlighted = json::array();
   for (const IdStamp& h : view->highlightedNodes()) highlighted.push_back(id(h));
   doc["highlighted"] = highlighted;
+  if (const FXGraphView::Search* search = view->search()) {
+    json results = json::array();
+    for (const EffectTemplateSummary& t : search->results) results.push_back(toUTF8(t.name).str());
+    doc["search"] = {{"query", toUTF8(LightweightString<wchar_t>(search->query)).str()},
+                     {"results", results},
+                     {"chosen", search->chosen < 0 ? json(nullptr) : json(search->chosen)}};
+  } else {
+    doc["search"] = nullptr;
+  }
   const Vob* vob = session.vob();
   doc["undo"] = {{"canUndo", vob && vob->canUndo()}, {"canRedo", vob && vob->canRedo()}};
   return doc;

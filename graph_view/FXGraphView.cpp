@@ -282,15 +282,20 @@ bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) {
     if (n->translateMouseEvent(position.x, position.y, index) == FXGraphViewNode::eNothing) continue;
     // A template dropped on a node is laid over it: a new effect of the
     // template takes the node's place downstream and the node feeds its first input.
-    EditGraphIterator at = getIteratorFor(n->getNodeID(), 9);
-    if (!at.isValid()) return false;
-    EasyBackup step(edit_);
-    FXEditor(edit_).insertAbove(at, effectFromTemplate(*edit_, dropped->summary(), at.getNode()->getTrackType()));
-    edit_->addModification({EditModification(EditModification::structure)}, true);
-    return true;
+    return insertTemplateAbove(dropped->summary(), n->getNodeID());
   }
   WireRef wire;
   return wireAt(position, wire) && insertOnWire(dropped->summary(), wire);
+}
+
+bool FXGraphView::insertTemplateAbove(const EffectTemplateSummary& t, const IdStamp& node) {
+  if (!edit_) return false;
+  EditGraphIterator at = getIteratorFor(node, 9);
+  if (!at.isValid()) return false;
+  EasyBackup step(edit_);
+  FXEditor(edit_).insertAbove(at, effectFromTemplate(*edit_, t, at.getNode()->getTrackType()));
+  edit_->addModification({EditModification(EditModification::structure)}, true);
+  return true;
 }
 
 bool FXGraphView::insertOnWire(const EffectTemplateSummary& t, const WireRef& wire) {

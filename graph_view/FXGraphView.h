@@ -235,6 +235,25 @@ public:
   // feeds each input and what its output feeds.
   LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
 
+  // -- search to add ------------------------------------------------------------
+  // Tab (or a letter that is no command) opens a search field over the view
+  // listing the video effect templates whose names match what is typed,
+  // best first (TemplateSearch). Up and Down choose, Return lays the chosen
+  // effect over the node that was under the mouse, or in focus, when the
+  // field opened (as a template dropped on it), Escape closes.
+  struct Search {
+    std::wstring query;
+    std::vector<EffectTemplateSummary> results;
+    int chosen = -1; // -1: nothing matches
+    IdStamp target;
+  };
+  const Search* search() const noexcept { return searchOpen_ ? &search_ : nullptr; }
+  void openSearch(const std::wstring& text);
+  void closeSearch();
+  // Lays a new effect of the template over a node: it takes the node's place
+  // downstream and the node feeds its first input; one undo step.
+  bool insertTemplateAbove(const EffectTemplateSummary& t, const IdStamp& node);
+
   // -- stills -------------------------------------------------------------------
   // Stills are made in the background: a node shows the picture it showed
   // before, or a placeholder, until its still is ready, and then only that
@@ -306,6 +325,10 @@ private:
   void walkFocus(int key);
   bool pickOrDropAtFocus();
   void updateHover(XY<int> position);
+  bool handleSearchKey(const Event& e);
+  void updateSearchResults();
+  void drawSearch();
+  PixelBox searchBox() const;
 
   // Focus.
   EditPtr edit_;
@@ -375,6 +398,8 @@ private:
   std::vector<IdStamp> keyPath_;
   IdStamp hovered_;
   std::vector<IdStamp> highlighted_;
+  bool searchOpen_ = false;
+  Search search_;
 
   // Stills.
   bool stillsInBackground_ = true;

@@ -9,6 +9,7 @@
 //   between siblings | Up / Down     | Right / Left  | the next input of the same consumer (roots for a
 //                    |               |               | root), in the direction of the arrow on screen
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <string>
 
@@ -44,7 +45,15 @@ void FXGraphView::setKeyboardFocus(const IdStamp& id) {
 
 bool FXGraphView::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown || (e.modifiers & Event::controlHeld)) return false;
+  if (searchOpen_) return handleSearchKey(e);
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
+  // Tab, or a letter or digit that is no command, starts a search to add.
+  const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l';
+  if (e.key == Event::keyTab || (!commandLetter && e.key < 128 && std::isalnum(e.key))) {
+    if (getVob() && getVob()->isReadOnly()) return false;
+    openSearch(e.key == Event::keyTab ? std::wstring() : std::wstring(1, static_cast<wchar_t>(e.key)));
+    return true;
+  }
   Ux::Ptr<FXGraphViewNode> focus = keyFocus_.valid() ? findViewRecForNode(keyFocus_) : Ux::Ptr<FXGraphViewNode>();
   if (!focus) keyFocus_ = IdStamp();
   if (e.key == 'f' || e.key == 'F') {

@@ -17,6 +17,7 @@ struct FXHOST_API Event {
   static constexpr unsigned chordClick = 32;
   static constexpr unsigned zoomDrag = 64;
   // Codes of keys that are not text, as the window system gives them.
+  static constexpr int keyBackspace = 8;
   static constexpr int keyTab = 9;
   static constexpr int keyReturn = 13;
   static constexpr int keyEscape = 27;

@@ -270,6 +270,54 @@ TEST_F(PanelScript, ATemplateDroppedOnAWireGoesInBetweenAsOneUndoStep) {
   EXPECT_EQ(session.edit()->undoDepth(), steps);
 }
 
+TEST_F(PanelScript, SearchToAddListsMatchesAndLaysTheChosenOneOverTheNodeUnderTheMouse) {
+  const json d = dump();
+  run("hover " + middleOf(node(d, "3.0.5")));
+  run("key Tab");
+  json search = dump()["search"];
+  ASSERT_FALSE(search.is_null());
+  EXPECT_EQ(search["query"], "");
+  EXPECT_GT(search["results"].size(), 5u) << "every video template while nothing is typed";
+  run("type co");
+  search = dump()["search"];
+  EXPECT_EQ(search["query"], "co");
+  ASSERT_GE(search["results"].size(), 2u);
+  EXPECT_EQ(search["results"][0], "Colour correction");
+  EXPECT_EQ(search["chosen"], 0);
+  // Down past the end stays at the end; Up goes back.
+  for (std::size_t i = 0; i < search["results"].size(); ++i) run("key Down");
+  EXPECT_EQ(dump()["search"]["chosen"], static_cast<int>(search["results"].size()) - 1);
+  run("key Up");
+  run("key Up");
+  run("key Down");
+  EXPECT_EQ(dump()["search"]["chosen"], 1);
+  const std::string chosen = dump()["search"]["results"][1];
+  const std::size_t steps = session.edit()->undoDepth();
+  run("key Return");
+  const json after = dump();
+  EXPECT_TRUE(after["search"].is_null());
+  EXPECT_EQ(session.edit()->undoDepth(), steps + 1);
+  std::string added;
+  for (const json& w : after["wires"])
+    if (w["from"] == "3.0.5") added = w["to"];
+  ASSERT_NE(added, "2.0.2") << "the new effect sits between the matte and the picture in picture";
+  EXPECT_EQ(node(after, added)["title"], "V2 : " + chosen);
+  run("undo");
+  EXPECT_EQ(session.edit()->undoDepth(), steps);
+
+  // A letter that is no command opens the field with it; Escape closes it
+  // and nothing is added; the field keeps the keys meanwhile.
+  run("key w");
+  EXPECT_EQ(dump()["search"]["query"], "w");
+  run("key f");
+  EXPECT_EQ(dump()["search"]["query"], "wf") << "f is text while the field is open";
+  run("type \xc3\xa9 x");
+  EXPECT_EQ(dump()["search"]["query"], "wf\xc3\xa9 x") << "typed text, blanks and all";
+  run("key Escape");
+  EXPECT_TRUE(dump()["search"].is_null());
+  EXPECT_EQ(session.edit()->undoDepth(), steps);
+}
+
 // The pads a dangling wire is offered are exactly those where a click
 // connects it, for a wire held at either end; each trial starts afresh.
 TEST_F(PanelScript, TheOfferedPadsAreThoseWhereAClickConnects) {

@@ -1,0 +1,134 @@
+// Search to add: a field over the view that lists the video effect
+// templates whose names match what is typed, and lays the chosen one over a
+// node.
+#include <algorithm>
+
+#include "graph_tool/DDVideoEffectsList.h"
+#include "graph_view/FXGraphView.h"
+#include "graph_view/TemplateSearch.h"
+#include "host/render/EffectTemplateManager.h"
+
+namespace {
+constexpr int rowHeight = 18;
+constexpr int shownRows = 8;
+} // namespace
+
+void FXGraphView::openSearch(const std::wstring& text) {
+  search_ = Search();
+  search_.query = text;
+  // The node it will add to: under the mouse, else the one in focus.
+  for (const auto& n : nodes_) {
+    int index = 0;
+    if (n->isVisibleFlag() && n->translateMouseEvent(mouse_.x, mouse_.y, index) != FXGraphViewNode::eNothing) {
+      search_.target = n->getNodeID();
+      break;
+    }
+  }
+  if (!search_.target.valid() && keyFocus_.valid() && findViewRecForNode(keyFocus_)) search_.target = keyFocus_;
+  searchOpen_ = true;
+  updateSearchResults();
+  redraw();
+}
+
+void FXGraphView::closeSearch() {
+  if (!searchOpen_) return;
+  searchOpen_ = false;
+  search_ = Search();
+  redraw();
+}
+
+void FXGraphView::updateSearchResults() {
+  std::vector<EffectCategory> categories;
+  TheEffectTemplateManager::Instance().getCategories(categories, VideoTemplateMatcher(), 1);
+  std::vector<EffectTemplateSummary> all;
+  std::vector<std::wstring> names;
+  for (const EffectCategory& c : categories)
+    for (const EffectTemplateSummary& t : c.templates) {
+      all.push_back(t);
+      names.emplace_back(t.name.str());
+    }
+  search_.results.clear();
+  for (std::size_t i : TemplateSearch::rank(search_.query, names)) search_.results.push_back(all[i]);
+  search_.chosen = search_.results.empty() ? -1 : 0;
+}
+
+bool FXGraphView::handleSearchKey(const Event& e) {
+  switch (e.key) {
+  case Event::keyEscape:
+  case Event::keyTab:
+    closeSearch();
+    return true;
+  case Event::arrowUp:
+    if (search_.chosen > 0) --search_.chosen;
+    redraw();
+    return true;
+  case Event::arrowDown:
+    if (search_.chosen + 1 < static_cast<int>(search_.results.size())) ++search_.chosen;
+    redraw();
+    return true;
+  case Event::keyBackspace:
+    if (!search_.query.empty()) search_.query.pop_back();
+    updateSearchResults();
+    redraw();
+    return true;
+  case Event::keyReturn: {
+    const Search done = search_;
+    closeSearch();
+    if (done.chosen >= 0 && done.target.valid())
+      insertTemplateAbove(done.results[static_cast<std::size_t>(done.chosen)], done.target);
+    return true;
+  }
+  default:
+    // Text: any character that is not a control one.
+    if (e.key >= 32 && e.key != 127 && e.key < 0x110000 && !(e.key >= 0xD800 && e.key < 0xE000)) {
+      if (search_.query.size() < 80) search_.query += static_cast<wchar_t>(e.key);
+      updateSearchResults();
+      redraw();
+    }
+    // The field has the keyboard: nothing typed reaches anyone else.
+    return true;
+  }
+}
+
+Glob::PixelBox FXGraphView::searchBox() const {
+  const auto w = getWindowPos();
+  const int width = std::min(300, w.x1 - w.x0 - 20);
+  const int rows = 1 + std::min(shownRows, std::max(1, static_cast<int>(search_.results.size())));
+  const int x0 = (w.x0 + w.x1 - width) / 2;
+  return {x0, w.y1 - 10 - rows * rowHeight - 4, x0 + width, w.y1 - 10};
+}
+
+void FXGraphView::drawSearch() {
+  if (!searchOpen_) return;
+  const PixelBox box = searchBox();
+  if (!drawArea(box)) return;
+  {
+    CanvasRenderer r = canvas().renderer();
+    r.renderPrimitive(Glib::RectDescription{box, fromColour(getPalette().window(1))});
+    r.renderPrimitive(Glib::FrameDescription{box, fromColour(getPalette().text()), 1});
+    r.addModifiedArea(box);
+  }
+  // The query, then the results: the chosen one on a highlight. The list
+  // scrolls so that the chosen one shows.
+  int y = box.y1 - 2 - rowHeight;
+  const std::wstring prompt = L"Add: " + search_.query + L"_";
+  drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt), getPalette().text(), {});
+  if (search_.results.empty()) {
+    y -= rowHeight;
+    drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(L"No effect matches"),
+             getPalette().text(), {});
+    return;
+  }
+  const int first = std::max(0, search_.chosen - shownRows + 1);
+  for (int i = first; i < static_cast<int>(search_.results.size()) && i < first + shownRows; ++i) {
+    y -= rowHeight;
+    const PixelBox row{box.x0 + 2, y, box.x1 - 2, y + rowHeight};
+    if (i == search_.chosen) {
+      CanvasRenderer r = canvas().renderer();
+      r.renderPrimitive(Glib::RectDescription{row, fromColour(Colour(0.25, 0.45, 0.8))});
+      r.addModifiedArea(row);
+    }
+    drawText({row.x0 + 10, row.y0, row.x1 - 4, row.y1}, search_.results[static_cast<std::size_t>(i)].name,
+             i == search_.chosen ? Colour(1, 1, 1) : getPalette().text(), {});
+  }
+}

@@ -1,0 +1,62 @@
+#include "graph_view/TemplateSearch.h"
+
+#include <algorithm>
+#include <cwctype>
+#include <sstream>
+#include <tuple>
+
+namespace TemplateSearch {
+namespace {
+
+std::wstring folded(const std::wstring& text) {
+  std::wstring out(text);
+  std::transform(out.begin(), out.end(), out.begin(), [](wchar_t c) { return static_cast<wchar_t>(std::towlower(c)); });
+  return out;
+}
+
+std::vector<std::wstring> wordsOf(const std::wstring& text) {
+  std::vector<std::wstring> words;
+  std::wistringstream in(text);
+  for (std::wstring w; in >> w;) words.push_back(w);
+  return words;
+}
+
+bool startsWith(const std::wstring& text, const std::wstring& prefix) {
+  return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+} // namespace
+
+std::vector<std::size_t> rank(const std::wstring& query, const std::vector<std::wstring>& names) {
+  const std::wstring q = folded(query);
+  const std::vector<std::wstring> queryWords = wordsOf(q);
+  std::wstring joined; // the query with single blanks
+  for (const std::wstring& w : queryWords) joined += (joined.empty() ? L"" : L" ") + w;
+  struct Match {
+    int tier;
+    std::size_t length;
+    std::wstring name;
+    std::size_t index;
+  };
+  std::vector<Match> matches;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::wstring name = folded(names[i]);
+    if (!std::all_of(queryWords.begin(), queryWords.end(),
+                     [&](const std::wstring& w) { return name.find(w) != std::wstring::npos; }))
+      continue;
+    const std::vector<std::wstring> nameWords = wordsOf(name);
+    const bool wordStarts = std::all_of(queryWords.begin(), queryWords.end(), [&](const std::wstring& w) {
+      return std::any_of(nameWords.begin(), nameWords.end(), [&](const std::wstring& n) { return startsWith(n, w); });
+    });
+    const int tier = name == joined ? 0 : startsWith(name, joined) ? 1 : wordStarts ? 2 : 3;
+    matches.push_back({tier, name.size(), name, i});
+  }
+  std::sort(matches.begin(), matches.end(), [](const Match& a, const Match& b) {
+    return std::tie(a.tier, a.length, a.name, a.index) < std::tie(b.tier, b.length, b.name, b.index);
+  });
+  std::vector<std::size_t> order;
+  for (const Match& m : matches) order.push_back(m.index);
+  return order;
+}
+
+} // namespace TemplateSearch
