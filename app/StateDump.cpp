@@ -226,6 +226,10 @@ json dumpState(const Session& session) {
   json highlighted = json::array();
   for (const IdStamp& h : view->highlightedNodes()) highlighted.push_back(id(h));
   doc["highlighted"] = highlighted;
+  Glob::PixelBox navigator, framed;
+  doc["navigator"] = view->navigatorGeometry(navigator, framed)
+                         ? json{{"pixels", box(navigator)}, {"window", box(framed)}}
+                         : json(nullptr);
   if (const FXGraphView::Search* search = view->search()) {
     json results = json::array();
     for (const EffectTemplateSummary& t : search->results) results.push_back(toUTF8(t.name).str());

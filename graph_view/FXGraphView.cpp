@@ -27,6 +27,7 @@ FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int sco
   addChild(vScroll_, BottomLeft(0, 0));
   orientation_ = VidRouting::Orientations::fromString(
       prefs().getPreference("Video Routing : Orientation", LightweightString<char>("LeftToRight")));
+  navigatorOn_ = prefs().getPreference(navigatorPreference, true);
   flushNodeList();
   resize(size.x, size.y);
   if (vob && vob->getEdit()) setEditFocus(vob->getEdit(), {}, scope);
@@ -219,6 +220,10 @@ bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glo
     handleZoom(change->tag == "zoomIn" ? 1 : -1);
     return true;
   }
+  if (change->tag == "navigator") {
+    setNavigatorOn(!navigatorOn_);
+    return true;
+  }
   if (change->tag != "orientation") return false;
   NotifyMsg m;
   m.object = Ux::Ptr<iObject>(const_cast<MenuData::Change*>(change));
@@ -239,6 +244,9 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoomOut");
   // The routing of the edit, track by track: whoever holds the view opens it.
   items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
+  MenuItem navigator(resourceStrW(13054), {}, "navigator");
+  navigator.checked = navigatorOn_;
+  items.push_back(navigator);
   if (!e) return items;
   // The graph-item commands of the node under the mouse.
   const XY<int> at = e->screen - screenPos();

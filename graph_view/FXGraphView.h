@@ -10,7 +10,9 @@
 //   FXGraphViewDrawing.cpp ...... the frame: background, wires, nodes
 //   FXGraphViewMouse.cpp ........ mouse dispatch, pad clicks, the drag state
 //   FXGraphViewKeyboard.cpp ..... keyboard focus and keys, hover and wire hints,
-//                                 node descriptions
+//                                 node descriptions, templates dropped on wires
+//   FXGraphViewSearch.cpp ....... search to add
+//   FXGraphViewNavigator.cpp .... the navigator
 //
 // Coordinate spaces: graph units (doubles, y up) and view pixels (the view's
 // own bottom-up pixels). Conversions live here and say which way they go.
@@ -235,6 +237,18 @@ public:
   // feeds each input and what its output feeds.
   LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
 
+  // -- navigator ----------------------------------------------------------------
+  // The whole graph in miniature in the view's bottom-right corner, with the
+  // visible window framed; a click or drag in it moves the view there. Key
+  // "n" and the context menu turn it on and off (a preference, on at
+  // first); it hides while the whole graph fits the view.
+  static constexpr const char* navigatorPreference = "Graph View : Navigator";
+  void setNavigatorOn(bool on);
+  bool navigatorOn() const noexcept { return navigatorOn_; }
+  // Where it is drawn and where the visible window lies in it (view pixels);
+  // false while hidden.
+  bool navigatorGeometry(PixelBox& box, PixelBox& window) const;
+
   // -- search to add ------------------------------------------------------------
   // Tab (or a letter that is no command) opens a search field over the view
   // listing the video effect templates whose names match what is typed,
@@ -325,6 +339,15 @@ private:
   void walkFocus(int key);
   bool pickOrDropAtFocus();
   void updateHover(XY<int> position);
+  // The navigator's mapping between its pixels and graph units.
+  struct NavigatorMap {
+    PixelBox box;
+    GraphBox graph;
+    double scale = 1; // pixels per graph unit
+  };
+  bool navigatorMap(NavigatorMap& map) const;
+  void drawNavigator();
+  void navigateTo(XY<int> pixel);
   bool handleSearchKey(const Event& e);
   void updateSearchResults();
   void drawSearch();
@@ -398,6 +421,8 @@ private:
   std::vector<IdStamp> keyPath_;
   IdStamp hovered_;
   std::vector<IdStamp> highlighted_;
+  bool navigatorOn_ = true;
+  bool navigating_ = false; // a press in the navigator is being dragged
   bool searchOpen_ = false;
   Search search_;
 

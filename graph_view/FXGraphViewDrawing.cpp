@@ -86,6 +86,7 @@ void FXGraphView::drawBackground() {
   drawHints();
   drawDraggedConnection();
   drawStills();
+  drawNavigator();
   drawSearch();
 }
 

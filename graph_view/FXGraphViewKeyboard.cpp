@@ -48,7 +48,11 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   if (searchOpen_) return handleSearchKey(e);
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
   // Tab, or a letter or digit that is no command, starts a search to add.
-  const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l';
+  const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n';
+  if (e.key == 'n') {
+    setNavigatorOn(!navigatorOn_);
+    return true;
+  }
   if (e.key == Event::keyTab || (!commandLetter && e.key < 128 && std::isalnum(e.key))) {
     if (getVob() && getVob()->isReadOnly()) return false;
     openSearch(e.key == Event::keyTab ? std::wstring() : std::wstring(1, static_cast<wchar_t>(e.key)));

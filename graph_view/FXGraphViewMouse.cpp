@@ -41,6 +41,18 @@ void structureChanged(const EditPtr& edit) {
 
 bool FXGraphView::handleMouseEvent(const Event& e) {
   mouse_ = e.position;
+  // The navigator takes presses inside it, and the drag that follows.
+  if (navigating_ || (e.type == Event::mouseDown && e.button == Event::left)) {
+    PixelBox box, window;
+    if (!navigating_ && navigatorGeometry(box, window) && e.position.x >= box.x0 && e.position.x <= box.x1 &&
+        e.position.y >= box.y0 && e.position.y <= box.y1)
+      navigating_ = true;
+    if (navigating_) {
+      if (e.type == Event::mouseDown || e.type == Event::mouseMove) navigateTo(e.position);
+      if (e.type == Event::mouseUp) navigating_ = false;
+      return true;
+    }
+  }
   if (e.type == Event::mouseMove && !moved_ && !panning_) updateHover(e.position);
   bool handled = false;
   const bool readOnly = getVob() && getVob()->isReadOnly();

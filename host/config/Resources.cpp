@@ -63,6 +63,7 @@ constexpr Entry table[] = {
     {13051, L"Zoom out"},
     {13052, L"Routing"},
     {13053, L"Routing..."},
+    {13054, L"Navigator"},
 };
 static_assert(std::is_sorted(std::begin(table), std::end(table),
                              [](const Entry& a, const Entry& b) { return a.id < b.id; }));

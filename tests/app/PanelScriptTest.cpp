@@ -318,6 +318,46 @@ TEST_F(PanelScript, SearchToAddListsMatchesAndLaysTheChosenOneOverTheNodeUnderTh
   EXPECT_EQ(session.edit()->undoDepth(), steps);
 }
 
+TEST_F(PanelScript, TheNavigatorShowsTheWindowInTheWholeGraphAndMovesItWhereClicked) {
+  auto middle = [](const json& b) {
+    return std::make_pair((b[0].get<int>() + b[2].get<int>()) / 2, (b[1].get<int>() + b[3].get<int>()) / 2);
+  };
+  auto at = [](int x, int y) { return std::to_string(x) + " " + std::to_string(y); };
+  for (const std::string orientation : {"LeftToRight", "BottomToTop"}) {
+    SCOPED_TRACE(orientation);
+    run("orientation " + orientation);
+    run("wheel 3");
+    json nav = dump()["navigator"];
+    ASSERT_FALSE(nav.is_null()) << "the graph does not fit: the navigator shows";
+    // A click puts the window's frame round the clicked point; a drag follows the mouse.
+    const json& box = nav["pixels"];
+    const int x = box[0].get<int>() + (box[2].get<int>() - box[0].get<int>()) / 3,
+              y = box[1].get<int>() + (box[3].get<int>() - box[1].get<int>()) / 3;
+    run("click " + at(x, y));
+    auto [cx, cy] = middle(dump()["navigator"]["window"]);
+    EXPECT_NEAR(cx, x, 2);
+    EXPECT_NEAR(cy, y, 2);
+    run("press " + at(x, y));
+    run("move " + at(x + 8, y + 6));
+    run("release " + at(x + 8, y + 6));
+    std::tie(cx, cy) = middle(dump()["navigator"]["window"]);
+    EXPECT_NEAR(cx, x + 8, 2);
+    EXPECT_NEAR(cy, y + 6, 2);
+    run("key f");
+    EXPECT_TRUE(dump()["navigator"].is_null()) << "everything fits: hidden";
+  }
+  // Off by key and by the context menu, and it stays as set after a restart.
+  run("wheel 3");
+  ASSERT_FALSE(dump()["navigator"].is_null());
+  run("key n");
+  EXPECT_TRUE(dump()["navigator"].is_null());
+  run("reopen");
+  run("wheel 3");
+  EXPECT_TRUE(dump()["navigator"].is_null());
+  run("choose view Navigator");
+  EXPECT_FALSE(dump()["navigator"].is_null());
+}
+
 // The pads a dangling wire is offered are exactly those where a click
 // connects it, for a wire held at either end; each trial starts afresh.
 TEST_F(PanelScript, TheOfferedPadsAreThoseWhereAClickConnects) {
