@@ -2,7 +2,9 @@
 // that its growth with the node count can be read off (counters: µs per tidy,
 // µs per node, tree levels; the complexity fit over the sizes). With
 // --edit FILE, also the view's automatic tidy of that edit's whole graph at
-// time 0 (BM_TidyEdit, counter us_per_node).
+// time 0 (BM_TidyEdit, counter us_per_node). Arrange beside them: the
+// arranger alone on the same generated graphs (BM_ArrangeGraph) and the
+// view's Arrange of the edit (BM_ArrangeEdit), both in µs per node.
 #include <chrono>
 #include <memory>
 #include <unordered_map>
@@ -16,6 +18,7 @@
 #include "host/edit/EditFile.h"
 #include "host/edit/EditGraphIterator.h"
 #include "host/ui/GlobManager.h"
+#include "layout/FXGraphArranger.h"
 #include "layout/FXGraphTidier.h"
 #include "node_ui/NodeUIPosSource.h"
 
@@ -71,6 +74,29 @@ void BM_TidyTree(benchmark::State& state) {
   edit->close();
 }
 
+void BM_ArrangeGraph(benchmark::State& state) {
+  const auto nodes = static_cast<unsigned>(state.range(0));
+  EditPtr edit = fxgraph::generateEdit(nodes, 7, nodes);
+  // The edit's graph as the arranger takes it, boxes of the view's size.
+  std::unordered_map<IdStamp, int> index;
+  const auto all = edit->allNodes();
+  for (const auto& node : all) index.emplace(node->getId(), static_cast<int>(index.size()));
+  std::vector<FXGraphArranger::Node> graph(all.size());
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    graph[i].left = -0.0625, graph[i].right = 0.0625, graph[i].bottom = -0.05, graph[i].top = 0.05;
+    for (unsigned k = 0; k < all[i]->getNumInputs(); ++k) {
+      const auto it = index.find(all[i]->getInputTrackId(k));
+      graph[i].inputs.push_back(it != index.end() ? it->second : -1);
+    }
+  }
+  for (auto _ : state)
+    benchmark::DoNotOptimize(FXGraphArranger::arrange(graph, {}, FXGraphArranger::leftToRight, gap, {0, 0}));
+  state.counters["us_per_node"] = benchmark::Counter(
+      static_cast<double>(graph.size()), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  state.SetComplexityN(state.range(0));
+  edit->close();
+}
+
 std::string& editFile() {
   static std::string path;
   return path;
@@ -96,9 +122,34 @@ void BM_TidyEdit(benchmark::State& state) {
   loaded.edit->close();
 }
 
+void BM_ArrangeEdit(benchmark::State& state) {
+  EditFile::LoadResult loaded = EditFile::load(editFile());
+  if (!loaded.edit) {
+    state.SkipWithError(loaded.error.c_str());
+    return;
+  }
+  if (!GlobManager::initialised()) GlobManager::initialise(1920, 1080);
+  Vob vob(loaded.edit);
+  auto* view = new FXGraphView(&vob, {1920, 1080}, Palette());
+  GlobManager::realize(view);
+  // Automatic placing: no undo step per arrangement.
+  view->manualPositioningValue() = false;
+  GlobManager::beginDeferral(); // the arrangement, not the drawing
+  for (auto _ : state) view->arrange();
+  GlobManager::endDeferral();
+  const double nodes = static_cast<double>(std::max<std::size_t>(1, view->nodes().size()));
+  state.counters["nodes"] = nodes;
+  state.counters["us_per_node"] =
+      benchmark::Counter(nodes, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+  GlobManager::requestDeletion(view);
+  GlobManager::processDeletions();
+  loaded.edit->close();
+}
+
 } // namespace
 
 BENCHMARK(BM_TidyTree)->Arg(50)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond)->Complexity();
+BENCHMARK(BM_ArrangeGraph)->Arg(50)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond)->Complexity();
 
 int main(int argc, char** argv) {
   // --edit FILE is this program's own; the rest goes to the benchmark library.
@@ -110,7 +161,10 @@ int main(int argc, char** argv) {
     }
     args.push_back(argv[i]);
   }
-  if (!editFile().empty()) benchmark::RegisterBenchmark("BM_TidyEdit", BM_TidyEdit)->Unit(benchmark::kMicrosecond);
+  if (!editFile().empty()) {
+    benchmark::RegisterBenchmark("BM_TidyEdit", BM_TidyEdit)->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("BM_ArrangeEdit", BM_ArrangeEdit)->Unit(benchmark::kMicrosecond);
+  }
   setPreferencesFile("/tmp/fxgraph-tidy-bench.prefs");
   int count = static_cast<int>(args.size());
   benchmark::Initialize(&count, args.data());

@@ -220,6 +220,10 @@ bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glo
     handleZoom(change->tag == "zoomIn" ? 1 : -1);
     return true;
   }
+  if (change->tag == "arrange") {
+    arrange();
+    return true;
+  }
   if (change->tag == "navigator") {
     setNavigatorOn(!navigatorOn_);
     return true;
@@ -244,6 +248,7 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoomOut");
   // The routing of the edit, track by track: whoever holds the view opens it.
   items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
+  items.emplace_back(resourceStrW(13055), LightweightString<char>(), "arrange");
   MenuItem navigator(resourceStrW(13054), {}, "navigator");
   navigator.checked = navigatorOn_;
   items.push_back(navigator);

@@ -13,6 +13,7 @@
 //                                 node descriptions, templates dropped on wires
 //   FXGraphViewSearch.cpp ....... search to add
 //   FXGraphViewNavigator.cpp .... the navigator
+//   FXGraphViewArrange.cpp ...... Arrange
 //
 // Coordinate spaces: graph units (doubles, y up) and view pixels (the view's
 // own bottom-up pixels). Conversions live here and say which way they go.
@@ -145,6 +146,10 @@ public:
   void autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin);
   void tidy();
   void tidy(const NotifyMsg& msg);
+  // Lays the graph out as Tidy does (direction, spacing) with no two boxes
+  // overlapping and each shared input beside its deepest consumer; key "l"
+  // and the context menu. With hand placing on, one undo step.
+  void arrange();
   void checkForCoincidentNodes();
   void updateMinAndMaxPositions();
   void translateManuallyPositionedNodes(EditGraphIterator& at, double dx, double dy);

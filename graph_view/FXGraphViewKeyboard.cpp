@@ -49,6 +49,10 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
   // Tab, or a letter or digit that is no command, starts a search to add.
   const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n';
+  if (e.key == 'l') {
+    if (!(getVob() && getVob()->isReadOnly())) arrange();
+    return true;
+  }
   if (e.key == 'n') {
     setNavigatorOn(!navigatorOn_);
     return true;

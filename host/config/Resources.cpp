@@ -64,6 +64,7 @@ constexpr Entry table[] = {
     {13052, L"Routing"},
     {13053, L"Routing..."},
     {13054, L"Navigator"},
+    {13055, L"Arrange"},
 };
 static_assert(std::is_sorted(std::begin(table), std::end(table),
                              [](const Entry& a, const Entry& b) { return a.id < b.id; }));

@@ -169,26 +169,36 @@ void Edit::restore(const Snapshot& s) {
   addModification({EditModification(EditModification::structure)}, true);
 }
 
-void Edit::makeBackup() {
+UndoExtra::~UndoExtra() = default;
+
+void Edit::makeBackup() { makeBackup(nullptr); }
+
+void Edit::makeBackup(std::shared_ptr<const UndoExtra> extra) {
   undo_.push_back(takeSnapshot());
+  undo_.back().extra = std::move(extra);
   if (undo_.size() > historyLimit) undo_.erase(undo_.begin());
   redo_.clear();
 }
 
 bool Edit::undo() {
   if (undo_.empty()) return false;
-  redo_.push_back(takeSnapshot());
   Snapshot s = std::move(undo_.back());
   undo_.pop_back();
+  redo_.push_back(takeSnapshot());
+  if (s.extra) redo_.back().extra = s.extra->capture();
+  // The extra state first: those who rebuild on the edit's news find it back.
+  if (s.extra) s.extra->restore();
   restore(s);
   return true;
 }
 
 bool Edit::redo() {
   if (redo_.empty()) return false;
-  undo_.push_back(takeSnapshot());
   Snapshot s = std::move(redo_.back());
   redo_.pop_back();
+  undo_.push_back(takeSnapshot());
+  if (s.extra) undo_.back().extra = s.extra->capture();
+  if (s.extra) s.extra->restore();
   restore(s);
   return true;
 }

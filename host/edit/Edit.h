@@ -32,6 +32,16 @@ struct VideoMetadata {
   double aspectRatio() const { return aspectCode == 2 ? 16.0 / 9.0 : double(width) / double(height); }
 };
 
+// State kept beside an edit (outside its snapshots) that one undo step may
+// carry: hand-placed positions an arrangement changed, say. Captured when
+// the step is made; undoing it captures the state again for the redo.
+class FXHOST_API UndoExtra {
+public:
+  virtual ~UndoExtra();
+  virtual std::shared_ptr<const UndoExtra> capture() const = 0;
+  virtual void restore() const = 0;
+};
+
 // An edit: named, identified by a cookie, with a frame rate and channels of
 // cels over time; its graph nodes live in its tag bag and other persistent
 // objects are bound to it by name (saved with the edit, outside its undo
@@ -117,6 +127,8 @@ public:
 
   // Undo history: whole-edit snapshots of channels and nodes.
   void makeBackup();
+  // A backup that also brings back the extra state when undone.
+  void makeBackup(std::shared_ptr<const UndoExtra> extra);
   bool canUndo() const noexcept { return !undo_.empty(); }
   bool canRedo() const noexcept { return !redo_.empty(); }
   // Restores the state before the last backup; tells everyone (kind 5).
@@ -133,6 +145,7 @@ private:
   struct Snapshot {
     std::vector<EditChannel> channels;
     std::vector<Ux::Ptr<FXGraphNodeBase>> nodes;
+    std::shared_ptr<const UndoExtra> extra;
   };
   Snapshot takeSnapshot() const;
   void restore(const Snapshot& s);
