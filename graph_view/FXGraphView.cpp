@@ -109,6 +109,12 @@ void FXGraphView::disableETime() {
 
 bool FXGraphView::handleTimerEvent(const Event&) {
   takeStills();
+  if (tipHold_ && msecsNow() - hoverSince_ >= tooltipMs) {
+    tipHold_ = false;
+    disableETime();
+    tipShown_ = true;
+    redraw();
+  }
   const double now = msecsNow() / 1000.0;
   if (autoScroll_) {
     if (mouseInAutoScrollArea()) {

@@ -238,6 +238,10 @@ public:
   // The node under the mouse and every node upstream of it: the wires
   // that feed the hovered node, all the way up, are drawn highlighted.
   const std::vector<IdStamp>& highlightedNodes() const noexcept { return highlighted_; }
+  // A node the mouse rests on for tooltipMs shows its description beside
+  // the mouse, until the mouse moves off it or is pressed.
+  static constexpr uint64_t tooltipMs = 600;
+  bool tooltipShowing() const noexcept { return tipShown_; }
   // Says what a node is in words: its kind, title, whether it is on, what
   // feeds each input and what its output feeds.
   LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
@@ -426,6 +430,11 @@ private:
   std::vector<IdStamp> keyPath_;
   IdStamp hovered_;
   std::vector<IdStamp> highlighted_;
+  uint64_t hoverSince_ = 0;
+  bool tipHold_ = false; // a timer hold until the tooltip is due
+  bool tipShown_ = false;
+  void dropTooltip();
+  void drawTooltip();
   bool navigatorOn_ = true;
   bool navigating_ = false; // a press in the navigator is being dragged
   bool searchOpen_ = false;

@@ -87,6 +87,7 @@ void FXGraphView::drawBackground() {
   drawDraggedConnection();
   drawStills();
   drawNavigator();
+  drawTooltip();
   drawSearch();
 }
 

@@ -19,6 +19,7 @@
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/ui/EffectMenuItems.h"
+#include "host/ui/HostClock.h"
 
 namespace {
 constexpr int atNode = 9;
@@ -314,6 +315,12 @@ void FXGraphView::updateHover(XY<int> position) {
   if (over == hovered_) return;
   hovered_ = over;
   highlighted_.clear();
+  dropTooltip();
+  if (over.valid()) {
+    hoverSince_ = msecsNow();
+    tipHold_ = true;
+    enableETime();
+  }
   if (Ux::Ptr<FXGraphViewNode> start = over.valid() ? findViewRecForNode(over) : Ux::Ptr<FXGraphViewNode>()) {
     // Upstream, each node once: graphs share inputs.
     std::vector<FXGraphViewNode*> todo{start.get()};
@@ -328,6 +335,48 @@ void FXGraphView::updateHover(XY<int> position) {
     if (highlighted_.size() == 1) highlighted_.clear(); // nothing feeds it
   }
   redraw();
+}
+
+void FXGraphView::dropTooltip() {
+  if (tipHold_) disableETime();
+  tipHold_ = false;
+  if (tipShown_) redraw();
+  tipShown_ = false;
+}
+
+void FXGraphView::drawTooltip() {
+  if (!tipShown_) return;
+  Ux::Ptr<FXGraphViewNode> n = hovered_.valid() ? findViewRecForNode(hovered_) : Ux::Ptr<FXGraphViewNode>();
+  if (!n) return;
+  // One line per part of the description, beside the mouse and inside the view.
+  std::vector<std::wstring> lines;
+  const std::wstring text = describeNode(*n).str();
+  for (std::size_t from = 0; from <= text.size();) {
+    const std::size_t end = text.find(L"; ", from);
+    lines.push_back(text.substr(from, end == std::wstring::npos ? std::wstring::npos : end - from));
+    if (end == std::wstring::npos) break;
+    from = end + 2;
+  }
+  std::size_t longest = 0;
+  for (const std::wstring& l : lines) longest = std::max(longest, l.size());
+  const int lineHeight = 15, w = static_cast<int>(longest) * 7 + 12,
+            h = static_cast<int>(lines.size()) * lineHeight + 6;
+  const auto v = getWindowPos();
+  const int x0 = std::clamp(mouse_.x + 14, v.x0 + 2, std::max(v.x0 + 2, v.x1 - 2 - w));
+  const int y1 = std::clamp(mouse_.y - 14, std::min(v.y1 - 2, v.y0 + 2 + h), v.y1 - 2);
+  const PixelBox box{x0, y1 - h, x0 + w, y1};
+  if (!drawArea(box)) return;
+  {
+    CanvasRenderer r = canvas().renderer();
+    r.renderPrimitive(Glib::RectDescription{box, fromColour(Colour(1.0, 0.98, 0.85))});
+    r.renderPrimitive(Glib::FrameDescription{box, fromColour(Colour(0.3, 0.3, 0.3)), 1});
+    r.addModifiedArea(box);
+  }
+  int y = y1 - 3 - lineHeight;
+  for (const std::wstring& l : lines) {
+    drawText({box.x0 + 6, y, box.x1 - 4, y + lineHeight}, LightweightString<wchar_t>(l), Colour(0.1, 0.1, 0.1), {}, 8);
+    y -= lineHeight;
+  }
 }
 
 LightweightString<wchar_t> FXGraphView::describeNode(const FXGraphViewNode& node) const {

@@ -41,6 +41,7 @@ void structureChanged(const EditPtr& edit) {
 
 bool FXGraphView::handleMouseEvent(const Event& e) {
   mouse_ = e.position;
+  if (e.type == Event::mouseDown) dropTooltip();
   // The navigator takes presses inside it, and the drag that follows.
   if (navigating_ || (e.type == Event::mouseDown && e.button == Event::left)) {
     PixelBox box, window;

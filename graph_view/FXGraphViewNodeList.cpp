@@ -74,6 +74,8 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // The wires may have changed under the mouse: lit again when it moves.
   hovered_ = IdStamp();
   highlighted_.clear();
+  if (tipHold_) disableETime();
+  tipHold_ = tipShown_ = false;
   // The heads of the channels at the time, found once: every root's iterator
   // is asked for during the rebuild, and the edit does not change meanwhile.
   std::unordered_map<IdStamp, IdStamp> heads;

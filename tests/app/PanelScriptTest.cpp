@@ -230,10 +230,18 @@ TEST_F(PanelScript, HoveringANodeHighlightsEverythingUpstreamOfIt) {
   run("hover " + middleOf(node(d, "2.0.2")));
   const json lit = dump()["highlighted"];
   EXPECT_EQ(std::set<std::string>(lit.begin(), lit.end()), (std::set<std::string>{"2.0.2", "3.0.2", "3.0.5"}));
+  // Resting there a while shows its description beside the mouse.
+  EXPECT_FALSE(session.view()->tooltipShowing());
+  run("tick 700");
+  EXPECT_TRUE(session.view()->tooltipShowing());
   run("hover " + middleOf(node(d, "3.0.5")));
+  EXPECT_FALSE(session.view()->tooltipShowing()) << "another node: the wait starts again";
   EXPECT_TRUE(dump()["highlighted"].empty()) << "nothing feeds a matte";
   run("hover " + emptyPixel(d));
   EXPECT_TRUE(dump()["highlighted"].empty());
+  run("tick 700");
+  EXPECT_FALSE(session.view()->tooltipShowing());
+  EXPECT_EQ(session.view()->timerHolds(), 0) << "no hold is left behind";
   // Each node says what it is and what it is wired to.
   EXPECT_EQ(node(d, "2.0.2")["description"],
             "Effect \u201cV2 : Picture in picture\u201d, on; input Fg from \u201cB-roll : V1\u201d; input Bg from "
