@@ -262,13 +262,15 @@ public:
   // Tab (or a letter that is no command) opens a search field over the view
   // listing the video effect templates whose names match what is typed,
   // best first (TemplateSearch). Up and Down choose, Return lays the chosen
-  // effect over the node that was under the mouse, or in focus, when the
-  // field opened (as a template dropped on it), Escape closes.
+  // effect over the node that was under the mouse when the field opened (as
+  // a template dropped on it), or into the wire there, or over the node in
+  // focus; Escape closes.
   struct Search {
     std::wstring query;
     std::vector<EffectTemplateSummary> results;
     int chosen = -1; // -1: nothing matches
     IdStamp target;
+    WireRef wire; // else the wire under the mouse, to put the effect into
   };
   const Search* search() const noexcept { return searchOpen_ ? &search_ : nullptr; }
   void openSearch(const std::wstring& text);

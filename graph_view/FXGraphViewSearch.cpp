@@ -24,7 +24,9 @@ void FXGraphView::openSearch(const std::wstring& text) {
       break;
     }
   }
-  if (!search_.target.valid() && keyFocus_.valid() && findViewRecForNode(keyFocus_)) search_.target = keyFocus_;
+  // Else a wire under the mouse, else the node in focus.
+  if (!search_.target.valid() && !wireAt(mouse_, search_.wire) && keyFocus_.valid() && findViewRecForNode(keyFocus_))
+    search_.target = keyFocus_;
   searchOpen_ = true;
   updateSearchResults();
   redraw();
@@ -74,8 +76,12 @@ bool FXGraphView::handleSearchKey(const Event& e) {
   case Event::keyReturn: {
     const Search done = search_;
     closeSearch();
-    if (done.chosen >= 0 && done.target.valid())
-      insertTemplateAbove(done.results[static_cast<std::size_t>(done.chosen)], done.target);
+    if (done.chosen < 0) return true;
+    const EffectTemplateSummary& chosen = done.results[static_cast<std::size_t>(done.chosen)];
+    if (done.target.valid())
+      insertTemplateAbove(chosen, done.target);
+    else if (done.wire.to)
+      insertOnWire(chosen, done.wire);
     return true;
   }
   default:

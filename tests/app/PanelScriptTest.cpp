@@ -269,6 +269,16 @@ TEST_F(PanelScript, ATemplateDroppedOnAWireGoesInBetweenAsOneUndoStep) {
     run("undo");
     EXPECT_EQ(wireInto(dump(), "2.0.2", 1), "3.0.5");
   }
+  // From search, with the mouse on the wire.
+  XY<int> onWire;
+  ASSERT_TRUE(session.view()->clearPointOnWire(IdStamp(2, 0, 2), 1, onWire));
+  run("hover " + std::to_string(onWire.x) + " " + std::to_string(onWire.y));
+  run("key Tab");
+  run("type blur");
+  run("key Return");
+  const json searched = dump();
+  EXPECT_EQ(node(searched, wireInto(searched, "2.0.2", 1))["title"], "V2 : Blur");
+  run("undo");
   // A locked effect's inputs are not rewired: the wire stays as it was.
   session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 2))->setConnectionEditable(false);
   run("time 5.5");
