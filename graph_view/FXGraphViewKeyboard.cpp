@@ -48,7 +48,6 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown || (e.modifiers & Event::controlHeld)) return false;
   if (searchOpen_) return handleSearchKey(e);
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
-  // Tab, or a letter or digit that is no command, starts a search to add.
   const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n';
   if (e.key == 'l') {
     if (!(getVob() && getVob()->isReadOnly())) arrange();
@@ -58,6 +57,7 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
     setNavigatorOn(!navigatorOn_);
     return true;
   }
+  // Tab, or a letter or digit that is no command, starts a search to add.
   if (e.key == Event::keyTab || (!commandLetter && e.key < 128 && std::isalnum(e.key))) {
     if (getVob() && getVob()->isReadOnly()) return false;
     openSearch(e.key == Event::keyTab ? std::wstring() : std::wstring(1, static_cast<wchar_t>(e.key)));
