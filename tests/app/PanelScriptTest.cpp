@@ -17,31 +17,18 @@
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
 #include "host/ui/PushButton.h"
-#include "tests/support/Program.h"
+#include "tests/support/ScriptSession.h"
 
 namespace {
 
 using json = nlohmann::ordered_json;
 
-class PanelScript : public ::testing::Test {
+class PanelScript : public testsupport::ScriptSession {
 protected:
   void SetUp() override {
     edit = folder.copyIn("examples/promo.json");
     folder.copyIn("examples/logo.png");
-    setPreferencesFile(folder.path("prefs"));
-    HostClock::driveByHand(0);
-    GlobManager::initialise(1280, 800);
-    std::string why;
-    ASSERT_TRUE(session.open(edit, 5, {}, why)) << why;
-  }
-  void TearDown() override {
-    session.close();
-    GlobManager::shutdown();
-    setPreferencesFile({});
-  }
-  void run(const std::string& line) {
-    std::string why;
-    ASSERT_TRUE(runner.runLine(line, why)) << line << ": " << why;
+    openSession(edit, 5);
   }
   json dump() const { return dumpState(session); }
   std::string focus() const {
@@ -73,10 +60,7 @@ protected:
   }
   double amount() const { return session.edit()->openObject<EffectInstance>(IdStamp(2, 0, 1))->param("amount", -1); }
 
-  testsupport::TempFolder folder;
   std::string edit;
-  fxgraph::Session session;
-  fxgraph::ScriptRunner runner{session};
 };
 
 TEST_F(PanelScript, AGraphItemCommandFromTheMenuIsOneStepThatTheUndoButtonTakesBack) {

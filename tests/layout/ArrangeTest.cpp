@@ -8,14 +8,9 @@
 #include <gtest/gtest.h>
 
 #include "app/EditGenerator.h"
-#include "app/ScriptRunner.h"
-#include "app/Session.h"
-#include "host/config/EditorPreferences.h"
 #include "host/edit/EditFile.h"
-#include "host/ui/GlobManager.h"
-#include "host/ui/HostClock.h"
 #include "layout/FXGraphArranger.h"
-#include "tests/support/Program.h"
+#include "tests/support/ScriptSession.h"
 
 namespace {
 
@@ -77,28 +72,15 @@ TEST(Arrange, RandomGraphsHaveNoOverlapAndSharedInputsGoBesideTheirDeepestConsum
 }
 
 // A generated edit in the tool: Arrange through its key in both orientations.
-class ArrangeInTheView : public ::testing::Test {
+class ArrangeInTheView : public testsupport::ScriptSession {
 protected:
   void SetUp() override {
     EditPtr edit = fxgraph::generateEdit(600, 7, 60);
     std::string why;
     ASSERT_TRUE(EditFile::save(edit, folder.path("big.json"), why)) << why;
     edit->close();
-    setPreferencesFile(folder.path("prefs"));
-    HostClock::driveByHand(0);
-    GlobManager::initialise(1280, 800);
     // Positions are what is checked: the screen is not drawn.
-    GlobManager::beginDeferral();
-    ASSERT_TRUE(session.open(folder.path("big.json"), 0, {}, why)) << why;
-  }
-  void TearDown() override {
-    session.close();
-    GlobManager::shutdown();
-    setPreferencesFile({});
-  }
-  void run(const std::string& line) {
-    std::string why;
-    ASSERT_TRUE(runner.runLine(line, why)) << line << ": " << why;
+    openSession(folder.path("big.json"), 0, false);
   }
   std::vector<XY<double>> positions() const {
     std::vector<XY<double>> out;
@@ -110,10 +92,6 @@ protected:
     for (const auto& n : session.view()->nodes()) boxes.push_back({n->getL(), n->getB(), n->getR(), n->getT()});
     return overlaps(boxes);
   }
-
-  testsupport::TempFolder folder;
-  fxgraph::Session session;
-  fxgraph::ScriptRunner runner{session};
 };
 
 TEST_F(ArrangeInTheView, NoBoxesOverlapTidyIsUnchangedAndOneUndoPutsEveryNodeBack) {
