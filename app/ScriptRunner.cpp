@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "app/StateDump.h"
+#include "host/core/EchoedText.h"
 #include "host/edit/EditFile.h"
 #include "host/stream/AtomicFiles.h"
 #include "host/stream/BoundedRead.h"
@@ -25,31 +25,6 @@
 
 namespace fxgraph {
 namespace {
-
-// Script text shown back in a message: in quotes, cut to 80 characters,
-// with bytes that are no printable text written as \xNN.
-std::string echoed(std::string_view text) {
-  std::string out = "\"";
-  std::size_t shown = 0;
-  for (std::size_t i = 0; i < text.size() && shown < 80; ++shown) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    // A whole UTF-8 sequence passes as it is; anything else is escaped.
-    std::size_t length = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
-    bool whole = length > 0 && i + length <= text.size() && (c >= 0x20 && c != 0x7f);
-    for (std::size_t k = 1; whole && k < length; ++k) whole = (static_cast<unsigned char>(text[i + k]) >> 6) == 0x2;
-    if (whole) {
-      out.append(text.substr(i, length));
-      i += length;
-    } else {
-      char hex[8];
-      std::snprintf(hex, sizeof hex, "\\x%02x", c);
-      out += hex;
-      ++i;
-    }
-    if (shown + 1 == 80 && i < text.size()) out += "...";
-  }
-  return out + "\"";
-}
 
 std::vector<std::string> words(const std::string& line) {
   std::vector<std::string> out;
@@ -160,7 +135,7 @@ bool ScriptRunner::key(int code, unsigned modifiers) {
 bool ScriptRunner::nodeCentre(const std::string& id, XY<int>& at, std::string& why) const {
   IdStamp node;
   if (!IdStamp::fromString(id, node)) {
-    why = echoed(id) + " is not a node id (a.b.c)";
+    why = echoedText(id) + " is not a node id (a.b.c)";
     return false;
   }
   Ux::Ptr<FXGraphViewNode> n = session_.view() ? session_.view()->findViewRecForNode(node) : nullptr;
@@ -234,7 +209,7 @@ bool ScriptRunner::pickMenuEntry(const std::string& entry, std::string& why) {
       offered += (offered.empty() ? "\"" : ", \"") + toUTF8(item.label).str() + "\"";
     menu->close();
     GlobManager::processDeletions();
-    why = "the menu has no entry " + echoed(entry) + " (it offers " + offered + ")";
+    why = "the menu has no entry " + echoedText(entry) + " (it offers " + offered + ")";
     return false;
   }
   const MenuItem item = menu->items()[static_cast<std::size_t>(index)];
@@ -249,7 +224,7 @@ bool ScriptRunner::pickMenuEntry(const std::string& entry, std::string& why) {
 bool ScriptRunner::choose(const std::string& name, const std::string& entry, std::string& why) {
   Glob* widget = panelWidget(name);
   if (!widget) {
-    why = "the panel has no widget " + echoed(name) + " (" + widgetNames() + ")";
+    why = "the panel has no widget " + echoedText(name) + " (" + widgetNames() + ")";
     return false;
   }
   const XY<int> centre = widget->screenPos() + XY<int>{widget->width() / 2, widget->height() / 2};
@@ -286,7 +261,7 @@ bool ScriptRunner::dropTemplate(const std::string& name, XY<int> viewPixel, std:
     if (t && toUTF8(t->name).str() == name) found = row;
   }
   if (found < 0) {
-    why = "the templates list offers no template " + echoed(name);
+    why = "the templates list offers no template " + echoedText(name);
     return false;
   }
   list->scrollToRow(found, true);
@@ -373,7 +348,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   };
   auto point = [&](std::size_t at, XY<int>& p) {
     if (integer(w[at], p.x) && integer(w[at + 1], p.y)) return true;
-    why = echoed(w[at] + " " + w[at + 1]) + " is not a pixel position (two whole numbers)";
+    why = echoedText(w[at] + " " + w[at + 1]) + " is not a pixel position (two whole numbers)";
     return false;
   };
 
@@ -398,7 +373,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     double t = 0;
     if (!wants(1, 1, "time T") || !needOpen()) return false;
     if (!number(w[1], t) || t < 0) {
-      why = echoed(w[1]) + " is not a time (seconds, 0 or more)";
+      why = echoedText(w[1]) + " is not a time (seconds, 0 or more)";
       return false;
     }
     session_.vob()->setCurrentTime(t);
@@ -406,7 +381,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     int ms = 0;
     if (!wants(1, 1, "tick MS")) return false;
     if (!integer(w[1], ms) || ms < 0 || ms > 3600000) {
-      why = echoed(w[1]) + " is not a number of milliseconds (0 to 3600000)";
+      why = echoedText(w[1]) + " is not a number of milliseconds (0 to 3600000)";
       return false;
     }
     // The clock moves in the loop's own steps, a tick at each.
@@ -432,7 +407,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       else if (w[i] == "ctrl")
         ctrl = true;
       else {
-        why = "press: " + echoed(w[i]) + " is not left, right or ctrl";
+        why = "press: " + echoedText(w[i]) + " is not left, right or ctrl";
         return false;
       }
     }
@@ -453,7 +428,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     if (!wants(1, 3, "key NAME [shift] [ctrl]") || !needPanel()) return false;
     int code = 0;
     if (!keyCode(w[1], code)) {
-      why = "key: " + echoed(w[1]) +
+      why = "key: " + echoedText(w[1]) +
             " is not a key (a character, Tab, Return, Escape, Delete, Left, Right, Up, Down or space)";
       return false;
     }
@@ -464,7 +439,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       else if (w[i] == "ctrl")
         modifiers |= Event::controlHeld;
       else {
-        why = "key: " + echoed(w[i]) + " is not shift or ctrl";
+        why = "key: " + echoedText(w[i]) + " is not shift or ctrl";
         return false;
       }
     }
@@ -484,7 +459,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     int steps = 0;
     if (!wants(1, 1, "wheel N") || !needPanel()) return false;
     if (!integer(w[1], steps) || steps == 0 || std::abs(steps) > 100) {
-      why = echoed(w[1]) + " is not a number of wheel steps (-100 to 100, not 0)";
+      why = echoedText(w[1]) + " is not a number of wheel steps (-100 to 100, not 0)";
       return false;
     }
     for (int i = 0; i < std::abs(steps); ++i) {
@@ -527,7 +502,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       return false;
     const bool ctrl = w.size() == 5 && w[4] == "ctrl";
     if (w.size() == 5 && !ctrl) {
-      why = "node-drag: " + echoed(w[4]) + " is not ctrl";
+      why = "node-drag: " + echoedText(w[4]) + " is not ctrl";
       return false;
     }
     mouse(Event::mouseDown, at, Event::left, ctrl);
@@ -549,7 +524,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     if (!wants(1, 1, "button NAME") || !needPanel()) return false;
     Glob* widget = panelWidget(w[1]);
     if (!widget) {
-      why = "the panel has no widget " + echoed(w[1]) + " (" + widgetNames() + ")";
+      why = "the panel has no widget " + echoedText(w[1]) + " (" + widgetNames() + ")";
       return false;
     }
     const std::string message = widgetMessage(widget);
@@ -628,7 +603,8 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       return false;
     }
     if (!integer(w[1], index) || index < 0 || index >= routing->tabs()->pageCount()) {
-      why = "tab: " + echoed(w[1]) + " is not a tab (0 to " + std::to_string(routing->tabs()->pageCount() - 1) + ")";
+      why =
+          "tab: " + echoedText(w[1]) + " is not a tab (0 to " + std::to_string(routing->tabs()->pageCount() - 1) + ")";
       return false;
     }
     routing->popToTop(false);
@@ -690,7 +666,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     if (!wants(1, 1, "dump FILE")) return false;
     if (!writeText(w[1], dumpState(session_).dump(2) + "\n", why)) return false;
   } else {
-    why = "unknown command " + echoed(cmd);
+    why = "unknown command " + echoedText(cmd);
     return false;
   }
   GlobManager::update();

@@ -1,5 +1,7 @@
 #include "host/edit/EditFile.h"
 
+#include "host/core/EchoedText.h"
+
 // Map
 //   LineTrackingBuilder ... builds the JSON document while noting each value's line
 //   Reader ................ turns the document into an edit, refusing what is wrong
@@ -349,7 +351,7 @@ private:
                                            first, second);
       if (n.contains("tag")) effect->setTagTypeId(LightweightString<char>(text(n, at, "tag", false)));
     } else {
-      refuse(at + "/kind", "unknown kind \"" + kind + "\" (effect, material, image, alias or background)");
+      refuse(at + "/kind", "unknown kind " + echoedText(kind) + " (effect, material, image, alias or background)");
     }
     readEffectFields(*effect, n, at, kind == "alias");
     return effect;

@@ -276,6 +276,8 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
       {"{\"nodes\": [\n {\"id\": \"2.0.1\", \"kind\": \"effect\"},\n {\"id\": \"2.0.1\", \"kind\": \"effect\"}]}",
        ":3:", "used twice"},
       {"{\"nodes\": [\n {\"id\": \"2.0.1\",\n  \"kind\": \"sprocket\"}]}", ":3:", "unknown kind"},
+      // Text quoted back stays on one line.
+      {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"eff\\nect\"}]}", ":1:", "unknown kind \"eff\\x0aect\""},
       {"{\"nodes\": [{\"id\": \"2.0.1\", \"kind\": \"effect\",\n \"inputs\": [\"9.9.9\"]}]}",
        ":2:", "no node or channel"},
       {"{\"channels\": [{\"id\": \"1.0.1\", \"cels\": [\n {\"start\": 5, \"end\": 1, \"black\": true}]}]}",
@@ -289,6 +291,7 @@ TEST(EditFileTest, MalformedEditsAreRefusedWithTheirLine) {
     EXPECT_FALSE(r.edit) << c.text;
     EXPECT_NE(r.error.find(std::string("bad.json") + c.where), std::string::npos) << r.error;
     EXPECT_NE(r.error.find(c.reason), std::string::npos) << r.error;
+    EXPECT_EQ(r.error.find('\n'), std::string::npos) << r.error;
   }
 }
 
