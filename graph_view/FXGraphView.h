@@ -344,6 +344,8 @@ private:
   // Lays a new effect of the template into a wire, from its source to
   // its input; one undo step. False where the editor refuses.
   bool insertOnWire(const EffectTemplateSummary& t, const WireRef& wire);
+  // Rings of `width` one-pixel frames round a box, starting `away` pixels out.
+  void drawRing(const PixelBox& box, int away, int width, const Colour& colour);
   // The focus ring, the highlighted wires and, while a wire dangles, the
   // pads that would take it lit and the others dimmed.
   void drawHints();

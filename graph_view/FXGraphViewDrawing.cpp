@@ -228,15 +228,17 @@ void FXGraphView::drawFades() {
   for (const IdStamp& id : fading_) {
     Ux::Ptr<FXGraphViewNode> n = findViewRecForNode(id);
     if (!n || !n->drawnLast()) continue;
-    const PixelBox b = n->pixelBox();
-    const int ring = std::max(2, static_cast<int>(scale_ * 0.008));
-    for (int k = 0; k < ring; ++k) {
-      const PixelBox frame{b.x0 - k - 1, b.y0 - k - 1, b.x1 + k + 1, b.y1 + k + 1};
-      if (!drawArea(frame)) continue;
-      CanvasRenderer r = canvas().renderer();
-      r.renderPrimitive(Glib::FrameDescription{frame, fromColour(glow), 1});
-      r.addModifiedArea(frame);
-    }
+    drawRing(n->pixelBox(), 1, std::max(2, static_cast<int>(scale_ * 0.008)), glow);
+  }
+}
+
+void FXGraphView::drawRing(const PixelBox& b, int away, int width, const Colour& colour) {
+  for (int k = 0; k < width; ++k) {
+    const PixelBox frame{b.x0 - k - away, b.y0 - k - away, b.x1 + k + away, b.y1 + k + away};
+    if (!drawArea(frame)) continue;
+    CanvasRenderer r = canvas().renderer();
+    r.renderPrimitive(Glib::FrameDescription{frame, fromColour(colour), 1});
+    r.addModifiedArea(frame);
   }
 }
 

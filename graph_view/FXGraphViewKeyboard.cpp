@@ -451,14 +451,6 @@ void FXGraphView::drawHints() {
   // The keyboard focus: a ring round the node.
   if (Ux::Ptr<FXGraphViewNode> n = keyFocus_.valid() ? findViewRecForNode(keyFocus_) : Ux::Ptr<FXGraphViewNode>();
       n && n->isVisibleFlag()) {
-    const PixelBox b = n->calcPixelExtents();
-    const int ring = std::max(2, static_cast<int>(scale_ * 0.006));
-    for (int k = 0; k < ring; ++k) {
-      const PixelBox frame{b.x0 - k - 3, b.y0 - k - 3, b.x1 + k + 3, b.y1 + k + 3};
-      if (!drawArea(frame)) continue;
-      CanvasRenderer renderer = canvas().renderer();
-      renderer.renderPrimitive(Glib::FrameDescription{frame, fromColour(Colour(1.0, 1.0, 1.0)), 1});
-      renderer.addModifiedArea(frame);
-    }
+    drawRing(n->calcPixelExtents(), 3, std::max(2, static_cast<int>(scale_ * 0.006)), Colour(1.0, 1.0, 1.0));
   }
 }
