@@ -390,7 +390,9 @@ TEST_F(PanelScript, TheOfferedPadsAreThoseWhereAClickConnects) {
         for (const json& in : n["inputs"])
           if (in["from"].is_null()) pads.emplace_back("in", in["index"].get<int>());
       }
-      for (const auto& [end, index] : pads) {
+      for (const auto& pad : pads) {
+        const std::string& end = pad.first;
+        const int index = pad.second;
         const std::string id = n["id"];
         const bool isOffered = std::any_of(accepts.begin(), accepts.end(), [&](const json& a) {
           return a["node"] == id && a[fromInput ? "output" : "input"] == index;

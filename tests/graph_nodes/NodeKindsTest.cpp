@@ -50,7 +50,8 @@ TEST(NodeKinds, TheViewChoosesTheKindByGraphNodeAndTag) {
         Expect{image, typeid(FXGraphViewImageNode), true}, Expect{aliasId, typeid(FXGraphViewAliasNode), false}}) {
     Ux::Ptr<FXGraphViewNode> n = fx.node(e.id);
     ASSERT_TRUE(n) << e.id.asString().str();
-    EXPECT_EQ(typeid(*n), e.kind) << e.id.asString().str();
+    const FXGraphViewNode& made = *n;
+    EXPECT_EQ(typeid(made), e.kind) << e.id.asString().str();
     EXPECT_EQ(n->hasThumbnail(), e.thumbnail) << e.id.asString().str();
   }
   EXPECT_EQ(fx.node(aliasId)->getMainCol(), Palette().window(0)) << "an alias reads as a placeholder";

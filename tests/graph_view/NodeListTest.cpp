@@ -76,7 +76,8 @@ TEST(NodeList, SharedNodesCyclesOrphansAndKinds) {
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     EXPECT_EQ(nodes[i]->getNodeID(), expected[i].id) << i;
     EXPECT_EQ(nodes[i]->rootIndex(), expected[i].root) << i;
-    EXPECT_EQ(typeid(*nodes[i]), expected[i].kind) << i;
+    const FXGraphViewNode& made = *nodes[i];
+    EXPECT_EQ(typeid(made), expected[i].kind) << i;
   }
   EXPECT_EQ(fx.node(shared)->outputTable().size(), 2u);
   EXPECT_EQ(fx.node(x)->getInputConnect(0), fx.node(y).get());
