@@ -6,7 +6,9 @@ namespace VidRouting {
 
 // The two layout orientations of the graph.
 struct GRPHTOOL_API Orientations {
-  enum Orientation {
+  // Stored as int, so a value read from elsewhere that is neither is still
+  // an Orientation and asString can answer it.
+  enum Orientation : int {
     LeftToRight = 0, // inputs on the left, outputs on the right; trees stacked downwards
     BottomToTop = 1, // inputs below, outputs above; trees side by side
   };
