@@ -52,25 +52,19 @@ StripColourManager::StripType typeOf(const FXGraphNodeBase* node) {
 // -- construction and identity --------------------------------------------------
 
 FXGraphViewNode::FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at)
-    : view_(view), node_(at.getNode()), edit_(at.getCurrentPosEdit()),
-      ownX_([this](ValServer<double>*) { ownMoved(); }), ownY_([this](ValServer<double>*) { ownMoved(); }),
-      storedX_([this](ValServer<double>*) { storedMoved(); }), storedY_([this](ValServer<double>*) { storedMoved(); }) {
+    : view_(view), node_(at.getNode()), edit_(at.getCurrentPosEdit()), pos_(*this), storedX_(*this), storedY_(*this) {
   typeColour_ = StripColourManager::getTypeColour(typeOf(node_.get()));
   makeLocator(at);
   if (node_) id_ = node_->getId();
   channelIndex_ = at.getChanIndex(-2);
   FXGraphNodeClient::registerWith(node_.get());
-  NodeUIRecClient::registerWith(&pos_);
-  ownX_.registerWith(&pos_.drawX());
-  ownY_.registerWith(&pos_.drawY());
   if (held_ == 0) determineConnectionEditability(at);
 }
 
 FXGraphViewNode::~FXGraphViewNode() {
-  // Stop listening before the records and the observers go.
-  followStoredRecord(nullptr);
-  ownX_.registerWith(nullptr);
-  ownY_.registerWith(nullptr);
+  // Stop listening before the records go.
+  storedX_.registerWith(nullptr);
+  storedY_.registerWith(nullptr);
   NodeUIRecClient::registerWith(nullptr);
   FXGraphNodeClient::registerWith(nullptr);
 }
@@ -121,17 +115,24 @@ bool FXGraphViewNode::setPosition(double x, double y, bool notify) {
 }
 
 void FXGraphViewNode::followStoredRecord(NodeUIPosRec* stored) {
-  if (stored == stored_.get()) return;
+  if (stored && stored == stored_.get()) return;
   storedX_.registerWith(nullptr);
   storedY_.registerWith(nullptr);
   stored_.reset();
-  NodeUIRecClient::registerWith(&pos_);
-  if (!stored) return;
+  if (!stored) {
+    NodeUIRecClient::registerWith(&pos_);
+    return;
+  }
   stored_ = stored;
   NodeUIRecClient::registerWith(stored);
   storedMoved();
   storedX_.registerWith(&stored->drawX());
   storedY_.registerWith(&stored->drawY());
+}
+
+void FXGraphViewNode::OwnPosRec::ownedValNotify(ValServer<double>* server, NotifyMsgType type) {
+  NodeUIPosRec::ownedValNotify(server, type);
+  if (type == ValServerBase::valChangedMsgType_) node_.ownMoved();
 }
 
 void FXGraphViewNode::ownMoved() {

@@ -75,6 +75,8 @@ public:
   NodeUIPosRec& positionRecord() noexcept { return pos_; }
   // The node's record in the edit's position manager, which the node keeps
   // in step with its own draw position (either may change; the other follows).
+  // With none (null) the node hears its own record's updates instead. A new
+  // node hears neither until this is called.
   void followStoredRecord(NodeUIPosRec* stored);
   NodeUIPosRec* storedRecord() const noexcept { return stored_.get(); }
   // Programmatic moves are bracketed so that the node's own notification does
@@ -201,7 +203,26 @@ private:
   void ownMoved();
   void storedMoved();
 
-  NodeUIPosRec pos_;
+  // The node's own record, which tells the node when its draw position moves.
+  class OwnPosRec : public NodeUIPosRec {
+  public:
+    explicit OwnPosRec(FXGraphViewNode& node) : node_(node) {}
+    void ownedValNotify(ValServer<double>* server, NotifyMsgType type) override;
+
+  private:
+    FXGraphViewNode& node_;
+  };
+  // Watches one coordinate of the stored record.
+  class StoredWatch : public ValClient<double> {
+  public:
+    explicit StoredWatch(FXGraphViewNode& node) : node_(node) {}
+    void valChangedNtfy(ValServer<double>*) override { node_.storedMoved(); }
+
+  private:
+    FXGraphViewNode& node_;
+  };
+
+  OwnPosRec pos_;
   IdStamp id_;
   Locator locator_;
   Colour typeColour_;
@@ -211,10 +232,8 @@ private:
   // The stored record, and the watch on both records' draw positions
   // (declared after the records, so they stop watching first).
   Ux::Ptr<NodeUIPosRec> stored_;
-  ValObserver<double> ownX_;
-  ValObserver<double> ownY_;
-  ValObserver<double> storedX_;
-  ValObserver<double> storedY_;
+  StoredWatch storedX_;
+  StoredWatch storedY_;
   bool syncing_ = false; // a copy between the records is under way
 
   int rootIndex_ = 0;

@@ -190,8 +190,8 @@ int FXGraphView::makeViewNodesOnce(EditGraphIterator& at, FXGraphViewNode* paren
     node = createViewNode(at);
     // Every shown node has its record in the edit's position manager: the
     // layout writes there and the node follows it.
-    if (Ux::Ptr<NodeUIPosManager> manager = positionManager())
-      node->followStoredRecord(manager->createPosRec(graphNode->getId(), edit_->getCookie()));
+    Ux::Ptr<NodeUIPosManager> manager = positionManager();
+    node->followStoredRecord(manager ? manager->createPosRec(graphNode->getId(), edit_->getCookie()) : nullptr);
     assignPositionFromChannel(node.get());
     appendNode(node);
     created = 1;

@@ -12,10 +12,12 @@ NodeUIPosRec::NodeUIPosRec(NodeUIManagerBase* manager, const IdStamp& node, cons
 
 NodeUIPosRec::~NodeUIPosRec() = default;
 
+// As their owner: a record is a client of both its values without a
+// subscription to either, which counts when an edit holds many thousands.
 void NodeUIPosRec::followOwnValues() {
   reserveRegistrations(2);
-  MultiValClient<double>::registerWith(&drawX_);
-  MultiValClient<double>::registerWith(&drawY_);
+  followOwn(&drawX_);
+  followOwn(&drawY_);
 }
 
 NodeUIPosRec& NodeUIPosRec::operator=(const NodeUIPosRec& other) {

@@ -64,9 +64,11 @@ private:
   Callback preChanged_;
 };
 
-// A client that may be registered with several servers at once.
+// A client that may be registered with several servers at once. A server the
+// client itself holds is followed as its owner (followOwn): it counts as a
+// registration but costs no subscription.
 template <class T>
-class MultiValClient : public EnableDisable {
+class MultiValClient : public EnableDisable, public ValOwner<T> {
 public:
   MultiValClient() = default;
   // Subscriptions belong to the object, not to its value.
@@ -80,8 +82,19 @@ public:
     SubscriptionHandle h = server->registerInternal([this](const NotifierEvent<T>& e) { return handleValueChange(e); });
     registrations_.push_back({server, server, std::move(h)});
   }
+  // Follows a server that lives inside this client, as its owner. The server
+  // must not outlive the registration (deregisterFrom, or this client going).
+  void followOwn(ValServer<T>* server) {
+    if (!server || isRegisteredWith(server)) return;
+    server->setOwner(this);
+    registrations_.push_back({server, server, {}});
+  }
   void deregisterFrom(ValServer<T>* server) {
-    std::erase_if(registrations_, [server](const Registration& r) { return r.server == server; });
+    std::erase_if(registrations_, [server](const Registration& r) {
+      if (r.server != server) return false;
+      if (!r.subscription) server->setOwner(nullptr);
+      return true;
+    });
   }
   bool isRegisteredWith(const ValServer<T>* server) const {
     return std::any_of(registrations_.begin(), registrations_.end(),
@@ -95,22 +108,29 @@ public:
     if (event.type == NotifyMsgTypeDictionary::objectDestroyedMsgType()) {
       // The server is mid-destruction: compare addresses only.
       std::erase_if(registrations_, [&](const Registration& r) { return r.notifier == event.source; });
-    } else if (event.type == ValServerBase::valChangedMsgType_) {
-      if (disableCount() < 1) valChangedNtfy(static_cast<ValServer<T>*>(event.source));
-    } else if (event.type == ValServerBase::preValChangedMsgType_) {
-      if (disableCount() < 1) valPreChangedNtfy(static_cast<ValServer<T>*>(event.source));
+    } else {
+      dispatch(static_cast<ValServer<T>*>(event.source), event.type);
     }
     return 0;
   }
+  void ownedValNotify(ValServer<T>* server, NotifyMsgType type) override { dispatch(server, type); }
 
   virtual void valChangedNtfy(ValServer<T>*) {}
   virtual void valPreChangedNtfy(ValServer<T>*) {}
 
 private:
+  void dispatch(ValServer<T>* server, NotifyMsgType type) {
+    if (disableCount() >= 1) return;
+    if (type == ValServerBase::valChangedMsgType_)
+      valChangedNtfy(server);
+    else if (type == ValServerBase::preValChangedMsgType_)
+      valPreChangedNtfy(server);
+  }
+
   struct Registration {
     ValServer<T>* server;
-    const NotifierEx<T>* notifier; // the same object, for the destruction message
-    SubscriptionHandle subscription;
+    const NotifierEx<T>* notifier;   // the same object, for the destruction message
+    SubscriptionHandle subscription; // none for a server followed as its owner
   };
   std::vector<Registration> registrations_;
 };

@@ -27,6 +27,19 @@ public:
   virtual void releaseServer(ValServer<T>*) {}
 };
 
+// The object a value server belongs to, told of each message (before and
+// after a change) ahead of any subscriber. A record that holds its values
+// hears them this way rather than by subscribing to each: no subscription,
+// and no subscriber list for a value nobody else watches.
+template <class T>
+class ValOwner {
+public:
+  virtual void ownedValNotify(ValServer<T>* server, NotifyMsgType type) = 0;
+
+protected:
+  ~ValOwner() = default;
+};
+
 // One observable value. Assigning a value asks the manager, if there is one,
 // then stores the (possibly rewritten) value and tells every subscriber. No
 // equality test is made: assigning the current value notifies again.
@@ -66,12 +79,15 @@ public:
 
   void setManager(ValManagerBase<T>* manager) noexcept { manager_ = manager; }
   ValManagerBase<T>* getManager() const noexcept { return manager_; }
+  // The owner outlives the server (it holds it).
+  void setOwner(ValOwner<T>* owner) noexcept { owner_ = owner; }
 
   void notifyValChanged() { send(valChangedMsgType_); }
   void preNotifyValChanged() { send(preValChangedMsgType_); }
 
 private:
   void send(NotifyMsgType type) {
+    if (owner_) owner_->ownedValNotify(this, type);
     if (!this->hasSubscribers()) return; // and so no lock is taken
     NotifierEvent<T> event;
     event.value = value_;
@@ -80,4 +96,5 @@ private:
 
   T value_{};
   ValManagerBase<T>* manager_ = nullptr;
+  ValOwner<T>* owner_ = nullptr;
 };

@@ -64,6 +64,31 @@ TEST_F(PositionLink, EitherRecordMovesTheOtherQuietly) {
   EXPECT_EQ(own.count("nodeRecUpdate"), 1u);
 }
 
+// An edit may show many thousands of nodes: each costs a fixed, small number
+// of subscriptions. A record hears its own values as their owner, so only
+// the stored record and its two values have listeners: one each, the node.
+TEST_F(PositionLink, ANodeCostsFewSubscriptions) {
+  NodeUIPosRec& own = node->positionRecord();
+  NodeUIPosRec* stored = node->storedRecord();
+  ASSERT_TRUE(stored);
+  EXPECT_EQ(own.drawX().subscriberCount() + own.drawY().subscriberCount(), 0u);
+  EXPECT_EQ(own.getNotify().subscriberCount(), 0u);
+  EXPECT_EQ(stored->drawX().subscriberCount(), 1u);
+  EXPECT_EQ(stored->drawY().subscriberCount(), 1u);
+  EXPECT_EQ(stored->getNotify().subscriberCount(), 1u);
+  EXPECT_EQ(own.registrationCount() + stored->registrationCount(), 4u) << "each record still follows both values";
+
+  // Without a stored record the node listens to its own, and still hears it move.
+  const XY<double> kept = stored->getDrawPosition();
+  node->followStoredRecord(nullptr);
+  EXPECT_EQ(own.getNotify().subscriberCount(), 1u);
+  EXPECT_EQ(stored->drawX().subscriberCount() + stored->getNotify().subscriberCount(), 0u);
+  NotifyRecorder heard(own.getNotify());
+  node->setPosition(5, 6, true);
+  EXPECT_EQ(heard.count("nodeRecUpdate"), 1u);
+  EXPECT_EQ(stored->getDrawPosition(), kept) << "a record no longer followed stays put";
+}
+
 TEST_F(PositionLink, ANodeLetsGoOfItsOldRecord) {
   Ux::Ptr<NodeUIPosRec> old(node->storedRecord());
   const int held = old->refCount();

@@ -156,4 +156,34 @@ TEST(MultiValClientTest, HearsEachRegisteredServerOnceUntilItGoes) {
   EXPECT_EQ(m.registrationCount(), 1u);
 }
 
+// A server the client holds is followed as its owner: heard first, before
+// subscribers, through the same disable count, with no subscription.
+struct Holder : Multi {
+  ValServer<double> own;
+  Holder() { followOwn(&own); }
+};
+
+TEST(MultiValClientTest, FollowsAServerItHoldsWithoutSubscribing) {
+  Holder h;
+  Listener outside;
+  outside.client.registerWith(&h.own);
+  EXPECT_EQ(h.own.subscriberCount(), 1u) << "only the outside listener";
+  EXPECT_TRUE(h.isRegisteredWith(&h.own));
+  h.followOwn(&h.own);
+  EXPECT_EQ(h.registrationCount(), 1u);
+
+  h.own.preNotifyValChanged();
+  h.own = 1.0;
+  h.disable();
+  h.own = 2.0;
+  h.enable();
+  EXPECT_EQ(h.heard, (HeardList{{"pre", &h.own, 0.0}, {"changed", &h.own, 1.0}}));
+  EXPECT_EQ(outside.heard.size(), 3u) << "subscribers hear every message still";
+
+  h.deregisterFrom(&h.own);
+  h.own = 3.0;
+  EXPECT_EQ(h.heard.size(), 2u);
+  EXPECT_EQ(h.registrationCount(), 0u);
+}
+
 } // namespace
