@@ -139,39 +139,47 @@ void FXEditor::findOrphanedComponents(const EditPtr& edit, std::vector<IdStamp>&
       }
     }
   }
-  std::set<IdStamp> orphans;
+  // The orphans, sorted, with a flag or two each: an edit can hold hundreds
+  // of thousands, and a tree node per orphan per set costs far more.
+  std::vector<IdStamp> orphans;
   for (const auto& node : edit->allNodes())
-    if (node->getTrackType() == TrackType::video && !used.count(node->getId())) orphans.insert(node->getId());
+    if (node->getTrackType() == TrackType::video && !used.count(node->getId())) orphans.push_back(node->getId());
+  std::sort(orphans.begin(), orphans.end());
+  auto indexOf = [&](const IdStamp& id) -> std::ptrdiff_t {
+    auto it = std::lower_bound(orphans.begin(), orphans.end(), id);
+    return it != orphans.end() && *it == id ? it - orphans.begin() : -1;
+  };
   // A piece's head feeds no other orphan.
-  std::set<IdStamp> fedByOrphan;
+  std::vector<bool> fedByOrphan(orphans.size()), covered(orphans.size());
   for (const IdStamp& id : orphans) {
     Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
     for (unsigned i = 0; i < node->getNumInputs(); ++i)
-      if (orphans.count(node->getInputTrackId(i)) && node->getInputTrackId(i) != id)
-        fedByOrphan.insert(node->getInputTrackId(i));
+      if (const std::ptrdiff_t in = indexOf(node->getInputTrackId(i)); in >= 0 && orphans[in] != id)
+        fedByOrphan[in] = true;
   }
-  std::set<IdStamp> covered;
-  auto cover = [&](const IdStamp& head) {
-    std::vector<IdStamp> todo{head};
+  std::vector<IdStamp> todo;
+  auto cover = [&](std::size_t head) {
+    todo.assign(1, orphans[head]);
     while (!todo.empty()) {
-      IdStamp id = todo.back();
+      const std::ptrdiff_t at = indexOf(todo.back());
       todo.pop_back();
-      if (!orphans.count(id) || !covered.insert(id).second) continue;
-      Ux::Ptr<FXGraphNodeBase> node = edit->openNode(id);
+      if (at < 0 || covered[at]) continue;
+      covered[at] = true;
+      Ux::Ptr<FXGraphNodeBase> node = edit->openNode(orphans[at]);
       for (unsigned i = 0; i < node->getNumInputs(); ++i) todo.push_back(node->getInputTrackId(i));
     }
   };
   std::vector<IdStamp> heads;
-  for (const IdStamp& id : orphans)
-    if (!fedByOrphan.count(id)) {
-      heads.push_back(id);
-      cover(id);
+  for (std::size_t i = 0; i < orphans.size(); ++i)
+    if (!fedByOrphan[i]) {
+      heads.push_back(orphans[i]);
+      cover(i);
     }
   // A piece that is all cycle has no head: its lowest id stands for it.
-  for (const IdStamp& id : orphans)
-    if (!covered.count(id)) {
-      heads.push_back(id);
-      cover(id);
+  for (std::size_t i = 0; i < orphans.size(); ++i)
+    if (!covered[i]) {
+      heads.push_back(orphans[i]);
+      cover(i);
     }
   // Looked up in a set: an edit can hold hundreds of thousands of pieces.
   std::set<IdStamp> known(roots.begin(), roots.end());
