@@ -18,7 +18,7 @@ using testsupport::EditBuilder;
 using testsupport::ViewFixture;
 
 const IdStamp root(2, 0, 1), flat(3, 0, 1), gradient(3, 0, 2), stripes(3, 0, 3), untagged(3, 0, 4), material(3, 0, 5),
-    image(3, 0, 6), aliasId(3, 0, 7), flatByTag(3, 0, 8);
+    image(3, 0, 6), aliasId(3, 0, 7), flatByTag(3, 0, 8), nearlyFlat(3, 0, 9);
 
 EditPtr kindsEdit() {
   EditBuilder b;
@@ -30,7 +30,8 @@ EditPtr kindsEdit() {
   b.image(image, "logo.png");
   b.alias(aliasId, material);
   b.effect(flatByTag, "PixShader:Mattes:flatcol.fx");
-  b.effect(root, "mix", {flat, gradient, stripes, untagged, material, image, aliasId, flatByTag});
+  b.effect(nearlyFlat, "PixShader:Mattes:flatcol.fxx");
+  b.effect(root, "mix", {flat, gradient, stripes, untagged, material, image, aliasId, flatByTag, nearlyFlat});
   b.channel(IdStamp(1, 0, 1), L"V1", root);
   return b.edit();
 }
@@ -45,9 +46,10 @@ TEST(NodeKinds, TheViewChoosesTheKindByGraphNodeAndTag) {
   for (const Expect& e :
        {Expect{root, typeid(FXGraphViewNode), false}, Expect{flat, typeid(FXGraphViewColourMatteNode), true},
         Expect{flatByTag, typeid(FXGraphViewColourMatteNode), true},
-        Expect{gradient, typeid(FXGraphViewThumbNode), true}, Expect{stripes, typeid(FXGraphViewThumbNode), true},
-        Expect{untagged, typeid(FXGraphViewNode), false}, Expect{material, typeid(FXGraphViewMatNode), true},
-        Expect{image, typeid(FXGraphViewImageNode), true}, Expect{aliasId, typeid(FXGraphViewAliasNode), false}}) {
+        Expect{nearlyFlat, typeid(FXGraphViewThumbNode), true}, Expect{gradient, typeid(FXGraphViewThumbNode), true},
+        Expect{stripes, typeid(FXGraphViewThumbNode), true}, Expect{untagged, typeid(FXGraphViewNode), false},
+        Expect{material, typeid(FXGraphViewMatNode), true}, Expect{image, typeid(FXGraphViewImageNode), true},
+        Expect{aliasId, typeid(FXGraphViewAliasNode), false}}) {
     Ux::Ptr<FXGraphViewNode> n = fx.node(e.id);
     ASSERT_TRUE(n) << e.id.asString().str();
     const FXGraphViewNode& made = *n;

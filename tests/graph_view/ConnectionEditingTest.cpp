@@ -75,6 +75,16 @@ TEST_F(ConnectionEditing, ConnectedPadsPickTheirWireUpInOneUndoStep) {
   ASSERT_TRUE(fx.vob().undo());
   EXPECT_EQ(inputOf(a, 0), m1);
   EXPECT_EQ(pads.node(a)->getInputConnect(0), pads.node(m1).get());
+  // Dropped on a free input it connects there in a second step: one undo
+  // leaves it picked up, the next puts it back.
+  click(pads.in(a, 0));
+  click(pads.in(b, 1));
+  EXPECT_EQ(std::pair(inputOf(a, 0), inputOf(b, 1)), std::pair(IdStamp(), m1));
+  EXPECT_EQ(edit->undoDepth(), 2u);
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(std::pair(inputOf(a, 0), inputOf(b, 1)), std::pair(IdStamp(), IdStamp()));
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(inputOf(a, 0), m1);
 
   // A connected output: the wire hangs from the input it fed.
   click(pads.out(m2, 0));
