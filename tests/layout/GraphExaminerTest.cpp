@@ -29,16 +29,6 @@ IdStamp parentOf(const GraphExaminer& examiner, uint32_t n) {
   return info && info->parent ? info->parent->getId() : IdStamp();
 }
 
-// Node 1's tree of a graph, examined (every node has a record).
-struct Examined {
-  FakePosSource source;
-  GraphExaminer examiner{source};
-  explicit Examined(const TestGraph& g) {
-    EditGraphIterator it = g.at(1);
-    examiner.examine(it);
-  }
-};
-
 // Counts visits per node; refuses to go below `stopAt`.
 struct CountingVisitor {
   std::map<IdStamp, int> visits;
@@ -78,54 +68,6 @@ TEST(GraphExaminer, FilesATreeByLevelWithParentAndInput) {
   // The walk leaves the iterator where it found it.
   EXPECT_EQ(it.getDepth(), 0);
   EXPECT_EQ(it.getNode()->getId(), node(1));
-}
-
-// Node 9 feeds node 2 (level 1) and node 4 (level 2, through its input 1);
-// whichever branch the walk takes first, 9 ends at level 3 under node 4.
-TEST(GraphExaminer, SharedNodeLiesUnderItsDeepestParentInEitherWalkOrder) {
-  for (bool shallowFirst : {true, false}) {
-    SCOPED_TRACE(shallowFirst ? "shallow branch first" : "deep branch first");
-    TestGraph g;
-    g.materials({8, 9});
-    g.effect(4, {8, 9});
-    g.effect(3, {4});
-    g.effect(2, {9});
-    if (shallowFirst)
-      g.effect(1, {2, 3});
-    else
-      g.effect(1, {3, 2});
-    const Examined examined(g);
-    const GraphExaminer& examiner = examined.examiner;
-
-    const GraphExaminer::NodeInfo* nine = examiner.find(node(9));
-    ASSERT_NE(nine, nullptr);
-    // Met deep first, the record keeps its first meeting and no parent depth.
-    EXPECT_EQ(std::tuple(nine->depth, nine->parentDepth, nine->inputIndex), std::tuple(3, shallowFirst ? 2 : -1, 1));
-    EXPECT_EQ(parentOf(examiner, 9), node(4));
-    ASSERT_EQ(examiner.levels().size(), 4u);
-    EXPECT_EQ(levelIds(examiner)[2], std::vector<IdStamp>{node(4)});
-    // Level 3 keeps the order of first meeting.
-    EXPECT_EQ(levelIds(examiner)[3],
-              shallowFirst ? (std::vector<IdStamp>{node(9), node(8)}) : (std::vector<IdStamp>{node(8), node(9)}));
-  }
-}
-
-// Node 6 is met at level 2 through 2, 3 and 4, in that order: the second
-// meeting re-parents it, the third changes nothing.
-TEST(GraphExaminer, SecondMeetingOnTheSameLevelTakesASharedNodeOver) {
-  TestGraph g;
-  g.material(6);
-  g.effect(2, {6});
-  g.effect(3, {0, 6});
-  g.effect(4, {6});
-  g.effect(1, {2, 3, 4});
-  const Examined examined(g);
-  const GraphExaminer& examiner = examined.examiner;
-  const GraphExaminer::NodeInfo* six = examiner.find(node(6));
-  ASSERT_NE(six, nullptr);
-  EXPECT_EQ(std::tuple(six->depth, six->parentDepth, six->inputIndex), std::tuple(2, 1, 1));
-  EXPECT_EQ(parentOf(examiner, 6), node(3));
-  EXPECT_EQ(std::tuple(examiner.find(node(2))->parentDepth, examiner.find(node(1))->parentDepth), std::tuple(-1, -1));
 }
 
 TEST(GraphExaminer, CycleEndsTheWalkAtTheRepeatedNode) {
