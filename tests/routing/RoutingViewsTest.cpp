@@ -1,45 +1,34 @@
 // The audio routing table and the multi-track routing dialogue, on small
 // edits given as edit files: rows, swaps, clicks, names, pages and tabs.
-#include <filesystem>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
 #include "host/config/EditorPreferences.h"
 #include "host/edit/EditFile.h"
 #include "host/ui/GlobManager.h"
 #include "routing/MultiTrackRoutingView.h"
-#include "tests/support/Bytes.h"
+#include "tests/support/Program.h"
 
 namespace {
 
 const IdStamp a1(1, 0, 1), a2(1, 0, 2), gain(4, 0, 1), eq(4, 0, 2), pan(4, 0, 3), reverb(4, 0, 4), street(5, 0, 1);
 
+// An audio effect of one input, its tag under \ZMV\AUD\FX\.
 std::string node(const char* id, const char* name, const char* tag, const char* input) {
-  return std::string("{\"id\": \"") + id + "\", \"kind\": \"effect\", \"type\": \"audio\", \"name\": \"" + name +
-         "\", \"tag\": \"" + tag + "\", \"inputs\": [\"" + input + "\"], \"inputNames\": [\"In\"]}";
+  return std::string(R"({"id": ")") + id + R"(", "kind": "effect", "type": "audio", "name": ")" + name +
+         R"(", "tag": "\\ZMV\\AUD\\FX\\)" + tag + R"(", "inputs": [")" + input + R"("], "inputNames": ["In"]})";
 }
 
 // Two audio channels of one group; A1 runs Gain, EQ, Pan, Reverb into the
-// street sound; A2 runs its own Pan into it. Extra nodes and a video
-// channel can be added.
-std::string audioEdit(const std::string& a1Head = "4.0.1", const std::string& moreNodes = "",
-                      const std::string& moreChannels = "") {
-  return "{\"name\": \"Mix\", \"cookie\": \"6d0e5a1b3c9f4e8d8a6b2c4d6e8f0a1b.1.0\", \"frameRate\": 25, \"channels\": "
-         "[" +
-         moreChannels +
-         "{\"id\": \"1.0.1\", \"type\": \"audio\", \"name\": \"A1\", \"group\": \"A1-2\", \"cels\": [{\"start\": 0, "
-         "\"end\": 8, \"graph\": \"" +
-         a1Head +
-         "\"}]}, {\"id\": \"1.0.2\", \"type\": \"audio\", \"name\": \"A2\", \"group\": \"A1-2\", \"cels\": "
-         "[{\"start\": 0, \"end\": 8, \"graph\": \"4.0.9\"}]}], \"nodes\": [" +
-         node("4.0.1", "Gain", "\\\\ZMV\\\\AUD\\\\FX\\\\GAIN", "4.0.2") + ", " +
-         node("4.0.2", "EQ", "\\\\ZMV\\\\AUD\\\\FX\\\\EQ", "4.0.3") + ", " +
-         node("4.0.3", "Pan", "\\\\ZMV\\\\AUD\\\\FX\\\\PAN", "4.0.4") + ", " +
-         node("4.0.4", "Reverb", "\\\\ZMV\\\\AUD\\\\FX\\\\REV", "5.0.1") + ", " +
-         node("4.0.9", "Pan", "\\\\ZMV\\\\AUD\\\\FX\\\\PAN", "5.0.1") + moreNodes +
-         ", {\"id\": \"5.0.1\", \"kind\": \"material\", \"type\": \"audio\", \"name\": \"Street sound\", \"media\": "
-         "{\"tone\": 440}}]}";
+// street sound; A2 runs its own Pan into it. Extra nodes can be added.
+std::string audioEdit(const std::string& a1Head = "4.0.1", const std::string& moreNodes = "") {
+  const auto cels = [](const std::string& graph) { return R"([{"start": 0, "end": 8, "graph": ")" + graph + "\"}]"; };
+  return R"({"name": "Mix", "cookie": "6d0e5a1b3c9f4e8d8a6b2c4d6e8f0a1b.1.0", "frameRate": 25, "channels": [
+           {"id": "1.0.1", "type": "audio", "name": "A1", "group": "A1-2", "cels": )" +
+         cels(a1Head) + R"(}, {"id": "1.0.2", "type": "audio", "name": "A2", "group": "A1-2", "cels": )" +
+         cels("4.0.9") + R"(}], "nodes": [)" + node("4.0.1", "Gain", "GAIN", "4.0.2") + ", " +
+         node("4.0.2", "EQ", "EQ", "4.0.3") + ", " + node("4.0.3", "Pan", "PAN", "4.0.4") + ", " +
+         node("4.0.4", "Reverb", "REV", "5.0.1") + ", " + node("4.0.9", "Pan", "PAN", "5.0.1") + moreNodes +
+         R"(, {"id": "5.0.1", "kind": "material", "type": "audio", "name": "Street sound", "media": {"tone": 440}}]})";
 }
 
 class Routing : public ::testing::Test {
@@ -53,7 +42,7 @@ protected:
     monitor = std::make_unique<CompoundEffectMonitor>(vob.get());
   }
   void SetUp() override {
-    setPreferencesFile(prefsPath());
+    setPreferencesFile(folder.path("prefs"));
     GlobManager::initialise(1280, 800);
   }
   void TearDown() override {
@@ -62,10 +51,6 @@ protected:
     vob.reset();
     if (edit) edit->close();
     setPreferencesFile({});
-    std::filesystem::remove(prefsPath());
-  }
-  static std::string prefsPath() {
-    return (std::filesystem::temp_directory_path() / ("fxgraph-routing-" + std::to_string(::getpid()))).string();
   }
   // The audio table of A1, as a child of nothing.
   std::unique_ptr<AudioRoutingView> table() {
@@ -89,6 +74,7 @@ protected:
     return e;
   }
 
+  testsupport::TempFolder folder;
   EditPtr edit;
   std::unique_ptr<Vob> vob;
   std::unique_ptr<CompoundEffectMonitor> monitor;
@@ -114,7 +100,7 @@ TEST_F(Routing, NeighbouringRowsSwapInTheMiddleAndAtTheHeadOfEveryChannelOfTheGr
 }
 
 TEST_F(Routing, TheCrossfadeKeepsItsPlaceInEitherPosition) {
-  open(audioEdit("4.0.5", ", " + node("4.0.5", "Crossfade", "\\\\ZMV\\\\AUD\\\\FX\\\\XF", "4.0.1")));
+  open(audioEdit("4.0.5", ", " + node("4.0.5", "Crossfade", "XF", "4.0.1")));
   auto view = table();
   ASSERT_EQ(rows(*view).front(), IdStamp(4, 0, 5));
   EXPECT_FALSE(view->canMove(0));
