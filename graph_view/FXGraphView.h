@@ -265,7 +265,9 @@ public:
   // effect over the node that was under the mouse when the field opened (as
   // a template dropped on it), or into the wire there, or over the node in
   // focus; Escape closes.
+  struct SearchTemplates; // the templates on offer, with their names prepared
   struct Search {
+    std::shared_ptr<const SearchTemplates> templates; // as the field opened
     std::wstring query;
     std::vector<EffectTemplateSummary> results;
     int chosen = -1; // -1: nothing matches

@@ -39,18 +39,31 @@ void FXGraphView::closeSearch() {
   redraw();
 }
 
-void FXGraphView::updateSearchResults() {
-  std::vector<EffectCategory> categories;
-  TheEffectTemplateManager::Instance().getCategories(categories, VideoTemplateMatcher(), 1);
+// The templates are gathered, and their names folded, once as the field
+// opens: each key typed only ranks them again.
+struct FXGraphView::SearchTemplates {
   std::vector<EffectTemplateSummary> all;
-  std::vector<std::wstring> names;
-  for (const EffectCategory& c : categories)
-    for (const EffectTemplateSummary& t : c.templates) {
-      all.push_back(t);
-      names.emplace_back(t.name.str());
-    }
+  TemplateSearch::Catalogue catalogue;
+
+  static std::shared_ptr<const SearchTemplates> gather() {
+    std::vector<EffectCategory> categories;
+    TheEffectTemplateManager::Instance().getCategories(categories, VideoTemplateMatcher(), 1);
+    std::vector<EffectTemplateSummary> all;
+    std::vector<std::wstring> names;
+    for (const EffectCategory& c : categories)
+      for (const EffectTemplateSummary& t : c.templates) {
+        all.push_back(t);
+        names.emplace_back(t.name.str());
+      }
+    return std::make_shared<const SearchTemplates>(SearchTemplates{std::move(all), TemplateSearch::Catalogue(names)});
+  }
+};
+
+void FXGraphView::updateSearchResults() {
+  if (!search_.templates) search_.templates = SearchTemplates::gather();
   search_.results.clear();
-  for (std::size_t i : TemplateSearch::rank(search_.query, names)) search_.results.push_back(all[i]);
+  for (std::size_t i : search_.templates->catalogue.rank(search_.query))
+    search_.results.push_back(search_.templates->all[i]);
   search_.chosen = search_.results.empty() ? -1 : 0;
 }
 

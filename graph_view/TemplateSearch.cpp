@@ -28,6 +28,19 @@ bool startsWith(const std::wstring& text, const std::wstring& prefix) {
 } // namespace
 
 std::vector<std::size_t> rank(const std::wstring& query, const std::vector<std::wstring>& names) {
+  return Catalogue(names).rank(query);
+}
+
+Catalogue::Catalogue(const std::vector<std::wstring>& names) {
+  entries_.reserve(names.size());
+  for (const std::wstring& n : names) {
+    std::wstring f = folded(n);
+    std::vector<std::wstring> words = wordsOf(f);
+    entries_.push_back({std::move(f), std::move(words)});
+  }
+}
+
+std::vector<std::size_t> Catalogue::rank(const std::wstring& query) const {
   const std::wstring q = folded(query);
   const std::vector<std::wstring> queryWords = wordsOf(q);
   std::wstring joined; // the query with single blanks
@@ -35,26 +48,27 @@ std::vector<std::size_t> rank(const std::wstring& query, const std::vector<std::
   struct Match {
     int tier;
     std::size_t length;
-    std::wstring name;
+    const std::wstring* name;
     std::size_t index;
   };
   std::vector<Match> matches;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    const std::wstring name = folded(names[i]);
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    const std::wstring& name = entries_[i].folded;
     if (!std::all_of(queryWords.begin(), queryWords.end(),
                      [&](const std::wstring& w) { return name.find(w) != std::wstring::npos; }))
       continue;
-    const std::vector<std::wstring> nameWords = wordsOf(name);
+    const std::vector<std::wstring>& nameWords = entries_[i].words;
     const bool wordStarts = std::all_of(queryWords.begin(), queryWords.end(), [&](const std::wstring& w) {
       return std::any_of(nameWords.begin(), nameWords.end(), [&](const std::wstring& n) { return startsWith(n, w); });
     });
     const int tier = name == joined ? 0 : startsWith(name, joined) ? 1 : wordStarts ? 2 : 3;
-    matches.push_back({tier, name.size(), name, i});
+    matches.push_back({tier, name.size(), &name, i});
   }
   std::sort(matches.begin(), matches.end(), [](const Match& a, const Match& b) {
-    return std::tie(a.tier, a.length, a.name, a.index) < std::tie(b.tier, b.length, b.name, b.index);
+    return std::tie(a.tier, a.length, *a.name, a.index) < std::tie(b.tier, b.length, *b.name, b.index);
   });
   std::vector<std::size_t> order;
+  order.reserve(matches.size());
   for (const Match& m : matches) order.push_back(m.index);
   return order;
 }

@@ -16,4 +16,21 @@ namespace TemplateSearch {
 // names first within each. An empty query matches every name.
 GRPHTOOL_API std::vector<std::size_t> rank(const std::wstring& query, const std::vector<std::wstring>& names);
 
+// Names folded and split into words once, for a field that ranks the same
+// names again on every key typed.
+class GRPHTOOL_API Catalogue {
+public:
+  explicit Catalogue(const std::vector<std::wstring>& names);
+  // As rank(query, names) for the names given.
+  std::vector<std::size_t> rank(const std::wstring& query) const;
+  std::size_t size() const noexcept { return entries_.size(); }
+
+private:
+  struct Entry {
+    std::wstring folded;
+    std::vector<std::wstring> words;
+  };
+  std::vector<Entry> entries_;
+};
+
 } // namespace TemplateSearch
