@@ -67,6 +67,9 @@ TEST(RenderScript, TidiedExampleInBothOrientations) {
   EXPECT_TRUE(hasWire(ltr, "3.0.2", "2.0.2", 0));
   const json btt = r.run("orientation BottomToTop\n");
   EXPECT_EQ(btt["view"]["orientation"], "BottomToTop");
+  const json& turned = *node(btt, "2.0.1");
+  EXPECT_EQ(turned["inputs"][0]["pos"][1], turned["pixels"][1]) << "inputs on the bottom edge";
+  EXPECT_EQ(turned["outputs"][0]["pos"][1], turned["pixels"][3]) << "the output on the top edge";
 }
 
 TEST(RenderScript, HandPlacedNodeSurvivesSaveAndReopen) {
@@ -82,6 +85,30 @@ TEST(RenderScript, HandPlacedNodeSurvivesSaveAndReopen) {
   // In the same process too: close, reopen.
   const json again = r.run("close\nreopen\n");
   EXPECT_EQ((*node(again, "3.0.5"))["pos"], placed["pos"]);
+}
+
+// The pad, drag and undo fields of the dump as the program writes them.
+TEST(RenderScript, WirePickedUpDroppedElsewhereThenUndone) {
+  Render r("tests/e2e/fixtures/wiring.json");
+  // Picking up the wire into Mix's input B leaves it hanging from Green.
+  const json picked = r.run("pad 2.0.1 in 1\n");
+  ASSERT_FALSE(picked["drag"].is_null());
+  EXPECT_EQ(picked["drag"]["anchor"], "3.0.2");
+  EXPECT_FALSE(picked["drag"]["atInput"]);
+  EXPECT_FALSE(hasWire(picked, "3.0.2", "2.0.1", 1));
+  EXPECT_TRUE(picked["undo"]["canUndo"]);
+
+  const json dropped = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\n");
+  EXPECT_TRUE(dropped["drag"].is_null());
+  EXPECT_TRUE(hasWire(dropped, "3.0.2", "2.0.2", 1));
+
+  // The drop and the pick-up are an undo step each.
+  const json once = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\nundo\n");
+  EXPECT_FALSE(hasWire(once, "3.0.2", "2.0.2", 1));
+  EXPECT_FALSE(hasWire(once, "3.0.2", "2.0.1", 1));
+  const json twice = r.run("pad 2.0.1 in 1\npad 2.0.2 in 1\nundo\nundo\n");
+  EXPECT_TRUE(hasWire(twice, "3.0.2", "2.0.1", 1));
+  EXPECT_TRUE(twice["undo"]["canRedo"]);
 }
 
 TEST(RenderScript, WheelZoomsAndDraggingEmptyCanvasPans) {
