@@ -2,7 +2,7 @@
 // edit open in the tool: each line either runs or is refused with one line
 // of reason, and nothing crashes. Lines that write files the script names
 // (png, dump), save, close or reopen the edit are left out; the session starts again from
-// the file now and then, so that undo history, stills and rendered pictures do not pile up.
+// the file now and then, so that undo history and stills do not pile up.
 // Drawing the screen was nine tenths of a line's cost, so the screen is
 // drawn, after every line, for one input in 128 only: drawing stays covered
 // and the lines run at the fuzzer's pace.
@@ -48,12 +48,6 @@ struct World {
     open();
   }
   void open() {
-    // Pictures the lines rendered into the edit's folder ("import render")
-    // go too: each new one is named past all those there, so a folder that
-    // kept them made every later render slower.
-    std::error_code ec;
-    for (const auto& f : std::filesystem::directory_iterator(folder, ec))
-      if (f.path().extension() == ".png") std::filesystem::remove(f.path(), ec);
     std::string why;
     check(session.open(edit, 5, folder + "/layout", why));
   }
