@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cwctype>
-#include <sstream>
 #include <tuple>
 
 namespace TemplateSearch {
@@ -14,10 +13,19 @@ std::wstring folded(const std::wstring& text) {
   return out;
 }
 
+// The runs of text between blanks (as a wide stream reads words).
 std::vector<std::wstring> wordsOf(const std::wstring& text) {
   std::vector<std::wstring> words;
-  std::wistringstream in(text);
-  for (std::wstring w; in >> w;) words.push_back(w);
+  for (std::size_t at = 0; at < text.size();) {
+    if (std::iswspace(static_cast<wint_t>(text[at]))) {
+      ++at;
+      continue;
+    }
+    std::size_t end = at;
+    while (end < text.size() && !std::iswspace(static_cast<wint_t>(text[end]))) ++end;
+    words.emplace_back(text, at, end - at);
+    at = end;
+  }
   return words;
 }
 
