@@ -1,4 +1,5 @@
 #pragma once
+#include <algorithm>
 // An edit and the counted reference to it.
 //
 // Map
@@ -64,6 +65,13 @@ public:
   double getFrameRate() const noexcept { return video_.frameRate; }
   void setFrameRate(double fps) { video_.frameRate = fps > 0 ? fps : 25; }
   const VideoMetadata& getVideoMetadata() const noexcept { return video_; }
+  // The picture format; a size below 1 pixel either way becomes 1.
+  void setVideoMetadata(const VideoMetadata& video) {
+    video_ = video;
+    video_.width = std::max(video_.width, 1);
+    video_.height = std::max(video_.height, 1);
+    setFrameRate(video.frameRate);
+  }
   // The time rounded to the nearest whole frame.
   double wholeFrame(double t) const;
   // The folder that relative file names in the edit are resolved against.
