@@ -17,6 +17,7 @@
 #include "app/Session.h"
 #include "host/config/EditorPreferences.h"
 #include "host/edit/Edit.h"
+#include "host/render/StillsCache.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
 
@@ -49,6 +50,10 @@ struct World {
     open();
   }
   void open() {
+    // The stills of the edit read last time are stale for good: the cache
+    // would keep them until it is full (a quarter of a gigabyte), so that
+    // the fuzzer would hold far more than one session's memory.
+    Render::StillsCache::instance().clear();
     std::string why;
     check(session.open(edit, 5, folder + "/layout", why));
     // Pictures a tenth of the size each way: "import render" made a full
