@@ -23,7 +23,6 @@ public:
   explicit Catalogue(const std::vector<std::wstring>& names);
   // As rank(query, names) for the names given.
   std::vector<std::size_t> rank(const std::wstring& query) const;
-  std::size_t size() const noexcept { return entries_.size(); }
 
 private:
   struct Entry {

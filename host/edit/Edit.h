@@ -1,11 +1,11 @@
 #pragma once
-#include <algorithm>
 // An edit and the counted reference to it.
 //
 // Map
 //   Edit ........ name, cookie, frame rate, channels and cels, graph nodes in
 //                 the tag bag, bound objects, modifications, undo history
 //   EditPtr ..... counted reference; finds a live edit by cookie
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
