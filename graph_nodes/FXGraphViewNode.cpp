@@ -52,7 +52,8 @@ StripColourManager::StripType typeOf(const FXGraphNodeBase* node) {
 // -- construction and identity --------------------------------------------------
 
 FXGraphViewNode::FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at)
-    : view_(view), node_(at.getNode()), edit_(at.getCurrentPosEdit()), pos_(*this), storedX_(*this), storedY_(*this) {
+    : view_(view), node_(at.getNode()), edit_(at.getCurrentPosEdit()) {
+  pos_.addDrawFollower(this);
   typeColour_ = StripColourManager::getTypeColour(typeOf(node_.get()));
   makeLocator(at);
   if (node_) id_ = node_->getId();
@@ -62,9 +63,9 @@ FXGraphViewNode::FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at)
 }
 
 FXGraphViewNode::~FXGraphViewNode() {
-  // Stop listening before the records go.
-  storedX_.registerWith(nullptr);
-  storedY_.registerWith(nullptr);
+  // Stop listening before the records go (the stored one may live on).
+  if (stored_) stored_->removeDrawFollower(this);
+  pos_.removeDrawFollower(this);
   NodeUIRecClient::registerWith(nullptr);
   FXGraphNodeClient::registerWith(nullptr);
 }
@@ -116,8 +117,7 @@ bool FXGraphViewNode::setPosition(double x, double y, bool notify) {
 
 void FXGraphViewNode::followStoredRecord(NodeUIPosRec* stored) {
   if (stored && stored == stored_.get()) return;
-  storedX_.registerWith(nullptr);
-  storedY_.registerWith(nullptr);
+  if (stored_) stored_->removeDrawFollower(this);
   stored_.reset();
   if (!stored) {
     NodeUIRecClient::registerWith(&pos_);
@@ -126,13 +126,14 @@ void FXGraphViewNode::followStoredRecord(NodeUIPosRec* stored) {
   stored_ = stored;
   NodeUIRecClient::registerWith(stored);
   storedMoved();
-  storedX_.registerWith(&stored->drawX());
-  storedY_.registerWith(&stored->drawY());
+  stored->addDrawFollower(this);
 }
 
-void FXGraphViewNode::OwnPosRec::ownedValNotify(ValServer<double>* server, NotifyMsgType type) {
-  NodeUIPosRec::ownedValNotify(server, type);
-  if (type == ValServerBase::valChangedMsgType_) node_.ownMoved();
+void FXGraphViewNode::drawMoved(NodeUIPosRec& record) {
+  if (&record == &pos_)
+    ownMoved();
+  else if (&record == stored_.get())
+    storedMoved();
 }
 
 void FXGraphViewNode::ownMoved() {

@@ -21,7 +21,10 @@
 
 class FXGraphView;
 
-class GRPHTOOL_API FXGraphViewNode : public NodeUIRecClient, public FXGraphNodeClient, public iObject {
+class GRPHTOOL_API FXGraphViewNode : public NodeUIRecClient,
+                                     public FXGraphNodeClient,
+                                     public iObject,
+                                     private NodeUIPosRec::DrawFollower {
 public:
   using PixelBox = Ux::Box<int, Ux::BottomUpTraits>;
   using GraphBox = Ux::Box<double, Ux::BottomUpTraits>;
@@ -203,37 +206,18 @@ private:
   void ownMoved();
   void storedMoved();
 
-  // The node's own record, which tells the node when its draw position moves.
-  class OwnPosRec : public NodeUIPosRec {
-  public:
-    explicit OwnPosRec(FXGraphViewNode& node) : node_(node) {}
-    void ownedValNotify(ValServer<double>* server, NotifyMsgType type) override;
+  // Either record moved (the node follows both).
+  void drawMoved(NodeUIPosRec& record) override;
 
-  private:
-    FXGraphViewNode& node_;
-  };
-  // Watches one coordinate of the stored record.
-  class StoredWatch : public ValClient<double> {
-  public:
-    explicit StoredWatch(FXGraphViewNode& node) : node_(node) {}
-    void valChangedNtfy(ValServer<double>*) override { node_.storedMoved(); }
-
-  private:
-    FXGraphViewNode& node_;
-  };
-
-  OwnPosRec pos_;
+  NodeUIPosRec pos_;
   IdStamp id_;
   Locator locator_;
   Colour typeColour_;
   std::map<int, NodeInfoT> inputs_;
   std::map<int, NodeInfoT> outputs_;
 
-  // The stored record, and the watch on both records' draw positions
-  // (declared after the records, so they stop watching first).
+  // The stored record in the edit's position manager, when there is one.
   Ux::Ptr<NodeUIPosRec> stored_;
-  StoredWatch storedX_;
-  StoredWatch storedY_;
   bool syncing_ = false; // a copy between the records is under way
 
   int rootIndex_ = 0;

@@ -1,5 +1,7 @@
 #include "node_ui/NodeUIPosRec.h"
 
+#include <algorithm>
+
 STRM_DEFINE_LAYER(NodeUIPosRec, "K")
 STRM_REGISTER_LAYER(NodeUIPosRec);
 
@@ -50,6 +52,19 @@ void NodeUIPosRec::setDrawPosition(double x, double y, bool notify) {
 }
 
 void NodeUIPosRec::valChangedNtfy(ValServer<double>*) { sendUpdateNotification(); }
+
+void NodeUIPosRec::addDrawFollower(DrawFollower* follower) {
+  if (follower && std::find(followers_.begin(), followers_.end(), follower) == followers_.end())
+    followers_.push_back(follower);
+}
+
+void NodeUIPosRec::removeDrawFollower(DrawFollower* follower) { std::erase(followers_, follower); }
+
+void NodeUIPosRec::ownedValNotify(ValServer<double>* server, NotifyMsgType type) {
+  MultiValClient<double>::ownedValNotify(server, type);
+  if (type != ValServerBase::valChangedMsgType_) return;
+  for (std::size_t i = 0; i < followers_.size(); ++i) followers_[i]->drawMoved(*this);
+}
 
 void NodeUIPosRec::pack(PStream& s) const {
   s.setDouble(drawX_.getValue());

@@ -1,4 +1,6 @@
 #pragma once
+#include <vector>
+
 #include "graph_tool/GrphToolApi.h"
 #include "host/core/XY.h"
 #include "node_ui/NodeUIRecBase.h"
@@ -49,6 +51,24 @@ public:
 
   void valChangedNtfy(ValServer<double>* server) override;
 
+  // Told of every move of the draw position, quiet ones included, once per
+  // coordinate, right after the record itself. A view node keeps its own
+  // position in step with a record this way: a pointer in a list, where
+  // watching both values would cost two subscriptions and two subscriber
+  // lists per shown node. A follower must not add or remove followers while
+  // it is told.
+  class DrawFollower {
+  public:
+    virtual void drawMoved(NodeUIPosRec& record) = 0;
+
+  protected:
+    ~DrawFollower() = default;
+  };
+  void addDrawFollower(DrawFollower* follower);
+  void removeDrawFollower(DrawFollower* follower);
+  std::size_t drawFollowerCount() const noexcept { return followers_.size(); }
+  void ownedValNotify(ValServer<double>* server, NotifyMsgType type) override;
+
   void pack(PStream& s) const;
   void unpack(PStream& s);
 
@@ -61,4 +81,5 @@ private:
   double manualY_ = 0.0;
   bool manualSet_ = false;
   uint32_t extra_ = 0;
+  std::vector<DrawFollower*> followers_; // not copied by assignment
 };

@@ -65,28 +65,51 @@ TEST_F(PositionLink, EitherRecordMovesTheOtherQuietly) {
 }
 
 // An edit may show many thousands of nodes: each costs a fixed, small number
-// of subscriptions. A record hears its own values as their owner, so only
-// the stored record and its two values have listeners: one each, the node.
+// of subscriptions. A record hears its own values as their owner and the
+// node follows both records' draw positions as a follower, so only the
+// stored record's own messages have a listener: the node.
 TEST_F(PositionLink, ANodeCostsFewSubscriptions) {
   NodeUIPosRec& own = node->positionRecord();
   NodeUIPosRec* stored = node->storedRecord();
   ASSERT_TRUE(stored);
-  EXPECT_EQ(own.drawX().subscriberCount() + own.drawY().subscriberCount(), 0u);
+  for (NodeUIPosRec* r : {&own, stored}) {
+    EXPECT_EQ(r->drawX().subscriberCount() + r->drawY().subscriberCount(), 0u);
+    EXPECT_EQ(r->drawFollowerCount(), 1u);
+    EXPECT_EQ(r->registrationCount(), 2u) << "each record still follows both values";
+  }
   EXPECT_EQ(own.getNotify().subscriberCount(), 0u);
-  EXPECT_EQ(stored->drawX().subscriberCount(), 1u);
-  EXPECT_EQ(stored->drawY().subscriberCount(), 1u);
   EXPECT_EQ(stored->getNotify().subscriberCount(), 1u);
-  EXPECT_EQ(own.registrationCount() + stored->registrationCount(), 4u) << "each record still follows both values";
 
   // Without a stored record the node listens to its own, and still hears it move.
   const XY<double> kept = stored->getDrawPosition();
   node->followStoredRecord(nullptr);
   EXPECT_EQ(own.getNotify().subscriberCount(), 1u);
-  EXPECT_EQ(stored->drawX().subscriberCount() + stored->getNotify().subscriberCount(), 0u);
+  EXPECT_EQ(stored->drawFollowerCount() + stored->getNotify().subscriberCount(), 0u);
   NotifyRecorder heard(own.getNotify());
   node->setPosition(5, 6, true);
   EXPECT_EQ(heard.count("nodeRecUpdate"), 1u);
   EXPECT_EQ(stored->getDrawPosition(), kept) << "a record no longer followed stays put";
+}
+
+// Two views of one edit show a node each for the same stored record: both
+// follow its quiet moves, and one going leaves the other following.
+TEST_F(PositionLink, TwoNodesFollowOneRecord) {
+  NodeUIPosRec* stored = node->storedRecord();
+  Ux::Ptr<FXGraphViewNode> second(new FXGraphViewNode(&fx.view(), fx.view().getIteratorFor(head, 9)));
+  second->followStoredRecord(stored);
+  EXPECT_EQ(stored->drawFollowerCount(), 2u);
+  stored->setDrawPosition(7, 8, false);
+  EXPECT_EQ(node->getPosition(), XY<double>(7, 8));
+  EXPECT_EQ(second->getPosition(), XY<double>(7, 8));
+
+  second->setPosition(1, 2, false);
+  EXPECT_EQ(stored->getDrawPosition(), XY<double>(1, 2)) << "either node's move reaches the record";
+  EXPECT_EQ(node->getPosition(), XY<double>(1, 2)) << "and from it the other node";
+
+  second.reset();
+  EXPECT_EQ(stored->drawFollowerCount(), 1u);
+  stored->drawX() = 3;
+  EXPECT_EQ(node->getPosition(), XY<double>(3, 2));
 }
 
 TEST_F(PositionLink, ANodeLetsGoOfItsOldRecord) {

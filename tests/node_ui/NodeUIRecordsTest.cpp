@@ -59,6 +59,27 @@ TEST(NodeUIPosRec, ReadRecordIsHeardByObserversOfItsValues) {
   EXPECT_EQ(back.registrationCount(), 2u);
 }
 
+// A follower hears every coordinate change, quiet ones too, until it stops
+// following; assignment leaves each record's followers as they were.
+TEST(NodeUIPosRec, FollowersHearEachCoordinateQuietOrNot) {
+  struct Counter : NodeUIPosRec::DrawFollower {
+    int moves = 0;
+    void drawMoved(NodeUIPosRec&) override { ++moves; }
+  } a, b;
+  NodeUIPosRec rec, other;
+  rec.addDrawFollower(&a);
+  rec.addDrawFollower(&a);
+  rec.addDrawFollower(&b);
+  rec.setDrawPosition(1, 2, false);
+  rec.drawY() = 5;
+  EXPECT_EQ(std::pair(a.moves, b.moves), std::pair(3, 3));
+  rec.removeDrawFollower(&a);
+  other = rec;
+  rec.setDrawPosition(0, 0, false);
+  other.setDrawPosition(9, 9, false);
+  EXPECT_EQ(std::pair(a.moves, b.moves), std::pair(3, 5));
+}
+
 TEST(NodeUIPosRec, AssignmentCopiesDrawYIntoBothQuietly) {
   const Cookie cookie = Cookie::generate();
   NodeUIPosRec source(nullptr, n1, cookie);
