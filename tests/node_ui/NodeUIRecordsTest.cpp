@@ -62,7 +62,8 @@ TEST(NodeUIPosRec, ReadRecordIsHeardByObserversOfItsValues) {
 // A follower hears every coordinate change, quiet ones too, until it stops
 // following; assignment leaves each record's followers as they were.
 TEST(NodeUIPosRec, FollowersHearEachCoordinateQuietOrNot) {
-  struct Counter : NodeUIPosRec::DrawFollower {
+  struct Counter final : NodeUIPosRec::DrawFollower {
+    virtual ~Counter() = default;
     int moves = 0;
     void drawMoved(NodeUIPosRec&) override { ++moves; }
   } a, b;
