@@ -6,6 +6,7 @@
 //   LineTrackingBuilder ... builds the JSON document while noting each value's line
 //   Reader ................ turns the document into an edit, refusing what is wrong
 //   toJson / save ......... the document of an edit; atomic writes of both files
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -18,6 +19,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/edit/EditFilePair.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/ProjectDatabase.h"
 #include "host/stream/AtomicFiles.h"
@@ -633,31 +635,43 @@ EditFile::LoadResult EditFile::load(const std::string& path) {
     r.error = path + ": " + failure;
     return r;
   }
-  LoadResult r = parse(text, path, folderOf(path));
+  // An edit opened through a link is the file the link names: its media
+  // and its objects lie beside that file.
+  LoadResult r = parse(text, path, folderOf(finalTargetOf(path)));
   if (!r.edit) return r;
 
   std::string sidecar = sidecarPath(path);
-  // An edit never saved with positions simply has no sidecar yet.
-  if (::access(sidecar.c_str(), F_OK) != 0) {
-    if (!r.objectsStamp.empty())
+  // Where a save through a link put the objects before they went beside
+  // the edit itself: still used when they are the ones the edit names.
+  const std::string besideLink = path + ".objects";
+  std::vector<std::string> candidates{sidecar};
+  if (!r.objectsStamp.empty()) candidates.push_back(sidecar + ".prev");
+  if (besideLink != sidecar) candidates.push_back(besideLink);
+  auto there = [](const std::string& file) { return ::access(file.c_str(), F_OK) == 0; };
+  if (r.objectsStamp.empty()) {
+    // An edit saved before edits named their objects takes the sidecar there is.
+    const auto found = std::find_if(candidates.begin(), candidates.end(), there);
+    // An edit never saved with positions simply has no sidecar yet.
+    if (found == candidates.end()) return r;
+    sidecar = *found;
+  } else {
+    if (std::none_of(candidates.begin(), candidates.end(), there)) {
       r.warnings.push_back(sidecar + ": missing; the edit is loaded without its saved objects");
-    return r;
-  }
-  if (!r.objectsStamp.empty()) {
+      return r;
+    }
     // The objects saved with this edit: the sidecar, or, after a save cut
     // short between its two renames, the one it replaced.
     auto belongs = [&](const std::string& file) {
       std::string bytes, ignored;
       return readBoundedFile(file, std::size_t(256) << 20, bytes, ignored) && stampOf(bytes) == r.objectsStamp;
     };
-    if (!belongs(sidecar)) {
-      if (!belongs(sidecar + ".prev")) {
-        r.warnings.push_back(sidecar + ": not the one saved with the edit (damaged, or saved at another time); "
-                                       "the edit is loaded without its saved objects");
-        return r;
-      }
-      sidecar += ".prev";
+    const auto found = std::find_if(candidates.begin(), candidates.end(), belongs);
+    if (found == candidates.end()) {
+      r.warnings.push_back(sidecar + ": not the one saved with the edit (damaged, or saved at another time); "
+                                     "the edit is loaded without its saved objects");
+      return r;
     }
+    sidecar = *found;
   }
   ObjectsFile::ReadResult objects = ObjectsFile::load(sidecar);
   bool damaged = !objects.complete;
@@ -772,12 +786,17 @@ std::string EditFile::stampOf(const std::string& bytes) {
   return text;
 }
 
-std::string EditFile::toJson(const Edit& edit, const std::string& objectsStamp) {
+std::string EditFile::sidecarPath(const std::string& path) { return EditFilePair::objectsPath(path); }
+
+std::string EditFile::toJson(const Edit& edit, const std::string& objectsStamp, const std::string& replacedStamp) {
   nlohmann::ordered_json doc;
   doc["name"] = toUTF8(edit.getName()).str();
   doc["cookie"] = edit.getCookie().asString().str();
   doc["frameRate"] = edit.getFrameRate();
-  if (!objectsStamp.empty()) doc["objects"] = {{"stamp", objectsStamp}};
+  if (!objectsStamp.empty()) {
+    doc["objects"] = {{"stamp", objectsStamp}};
+    if (!replacedStamp.empty()) doc["objects"]["replaced"] = replacedStamp;
+  }
   nlohmann::ordered_json channels = nlohmann::ordered_json::array();
   for (int i = 0; i < edit.getNumChans(); ++i) {
     const EditChannel& c = edit.getChan(i);
@@ -845,13 +864,17 @@ bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& e
     return false;
   }
   const std::string sidecarBytes(objects.bytes().begin(), objects.bytes().end());
-  const std::string document = toJson(*edit, stampOf(sidecarBytes));
+  // What is on disk now decides which file the save may keep as its backup.
+  EditFilePair onDisk(path);
+  const EditFilePair::SavePlan plan = onDisk.planSave();
+  const std::string document = toJson(*edit, stampOf(sidecarBytes), plan.replaced);
   // The sidecar goes in place first, keeping the one it replaces until the
   // edit that names it is in place too.
-  if (!writeFilesAtomically({{sidecarPath(path), sidecarBytes.data(), sidecarBytes.size(), true},
+  if (!writeFilesAtomically({{onDisk.objects(), sidecarBytes.data(), sidecarBytes.size(), plan.keepObjects},
                              {path, document.data(), document.size()}},
                             error))
     return false;
+  onDisk.finishSave(plan);
   edit->setDirty(false);
   return true;
 }

@@ -31,13 +31,20 @@ struct FXHOST_API EditFile {
   // half-written edit. The document records the stamp of the sidecar saved
   // with it, and the sidecar it replaces stays as sidecar + ".prev" until
   // both are in place: a load after a save cut short between the two
-  // renames finds the previous pair whole. False with the reason on failure.
+  // renames finds the previous pair whole. A save that fails puts the old
+  // pair back, and never removes the objects that the edit on disk names
+  // nor a file of somebody else's at the backup's name (EditFilePair).
+  // An edit saved through a symbolic link is written to the file the link
+  // names, with its sidecar beside it. False with the reason on failure.
   static bool save(const EditPtr& edit, const std::string& path, std::string& error);
   // The JSON document of an edit; with a stamp, the document says which
-  // objects file belongs to it.
-  static std::string toJson(const Edit& edit, const std::string& objectsStamp = {});
+  // objects file belongs to it, and which one its save replaced.
+  static std::string toJson(const Edit& edit, const std::string& objectsStamp = {},
+                            const std::string& replacedStamp = {});
   // The stamp of an objects file's bytes.
   static std::string stampOf(const std::string& bytes);
 
-  static std::string sidecarPath(const std::string& path) { return path + ".objects"; }
+  // The sidecar of the edit at `path`: beside the file the path finally
+  // names, so that an edit opened through a link keeps its pair together.
+  static std::string sidecarPath(const std::string& path);
 };

@@ -35,20 +35,32 @@ std::string nameOf(const std::string& path) {
 
 std::string systemReason(int error) { return std::strerror(error); }
 
-// A temporary beside the target, made with O_EXCL (so never through a link
-// or over a file that is there), holding the bytes, synced, with the mode
-// the target should have.
-bool writeTemporary(const std::string& target, const void* data, std::size_t size, mode_t mode, std::string& temp,
-                    std::string& why) {
-  std::string pattern = folderOf(target) + "/." + nameOf(target) + ".XXXXXX";
+// A path as messages name it: the user's own, and where a link led.
+std::string shownName(const std::string& path, const std::string& target) {
+  return path == target ? path : path + " (a link to " + target + ")";
+}
+
+// A new, empty temporary beside the target, made with O_EXCL (so never
+// through a link or over a file that is there): its descriptor, or -1 with
+// the reason.
+int createBeside(const std::string& target, const std::string& shown, std::string& temp, std::string& why) {
+  const std::string pattern = folderOf(target) + "/." + nameOf(target) + ".XXXXXX";
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   const int fd = ::mkostemp(name.data(), O_CLOEXEC);
-  if (fd < 0) {
-    why = target + ": cannot create a file beside it: " + systemReason(errno);
-    return false;
-  }
-  temp = name.data();
+  if (fd < 0)
+    why = shown + ": cannot create a file beside it: " + systemReason(errno);
+  else
+    temp = name.data();
+  return fd;
+}
+
+// A temporary beside the target holding the bytes, synced, with the mode
+// the target should have.
+bool writeTemporary(const std::string& target, const std::string& shown, const void* data, std::size_t size,
+                    mode_t mode, std::string& temp, std::string& why) {
+  const int fd = createBeside(target, shown, temp, why);
+  if (fd < 0) return false;
   const char* p = static_cast<const char*>(data);
   int error = 0;
   if (!step("write")) {
@@ -73,7 +85,7 @@ bool writeTemporary(const std::string& target, const void* data, std::size_t siz
   if (!error && ::fsync(fd) != 0) error = errno;
   if (::close(fd) != 0 && !error) error = errno;
   if (error) {
-    why = target + ": cannot write: " + systemReason(error);
+    why = shown + ": cannot write: " + systemReason(error);
     ::unlink(temp.c_str());
     temp.clear();
     return false;
@@ -114,12 +126,14 @@ std::string finalTargetOf(const std::string& path) {
 namespace {
 
 bool writeAll(const std::vector<FileToWrite>& files, std::string& why) {
-  std::vector<std::string> targets, temps, previous;
+  std::vector<std::string> targets, temps, previous(files.size());
+  std::vector<bool> existed(files.size(), false);
   auto discard = [&temps]() {
     for (const std::string& t : temps)
       if (!t.empty()) ::unlink(t.c_str());
   };
-  for (const FileToWrite& f : files) {
+  for (std::size_t i = 0; i < files.size(); ++i) {
+    const FileToWrite& f = files[i];
     const std::string target = finalTargetOf(f.path);
     // New files get what the user's mask allows; a file replaced keeps its own.
     const mode_t mask = ::umask(0);
@@ -133,34 +147,51 @@ bool writeAll(const std::vector<FileToWrite>& files, std::string& why) {
         return false;
       }
       mode = st.st_mode & 07777;
+      existed[i] = true;
     }
     std::string temp;
-    if (!writeTemporary(target, f.data, f.size, mode, temp, why)) {
+    if (!writeTemporary(target, shownName(f.path, target), f.data, f.size, mode, temp, why)) {
       discard();
       return false;
     }
     targets.push_back(target);
     temps.push_back(temp);
   }
-  // The files to go back to, should the renames be cut short.
+  // The files to go back to, should the renames be cut short. A file already
+  // at the backup's name is never removed here: the caller clears its own.
   for (std::size_t i = 0; i < files.size(); ++i) {
-    if (!files[i].keepPrevious || ::access(targets[i].c_str(), F_OK) != 0) continue;
+    if (!files[i].keepPrevious || !existed[i]) continue;
     const std::string prev = targets[i] + ".prev";
-    ::unlink(prev.c_str());
     if (!step("link")) throw Stopped{};
     if (::link(targets[i].c_str(), prev.c_str()) != 0) {
-      why = files[i].path + ": cannot keep the previous file: " + systemReason(errno);
+      why = files[i].path + ": cannot keep the previous file as " + prev + ": " + systemReason(errno);
+      for (const std::string& made : previous)
+        if (!made.empty()) ::unlink(made.c_str());
       discard();
       return false;
     }
-    previous.push_back(prev);
+    previous[i] = prev;
   }
   std::set<std::string> folders;
   for (std::size_t i = 0; i < files.size(); ++i) {
     if (!step("rename")) throw Stopped{};
     if (std::rename(temps[i].c_str(), targets[i].c_str()) != 0) {
-      why = files[i].path + ": cannot put the saved file in place: " + systemReason(errno);
+      why = shownName(files[i].path, targets[i]) + ": cannot put the saved file in place: " + systemReason(errno);
       discard();
+      // The files already in place go back to what they were, so that a
+      // failed save leaves the whole of the previous one, as it found it.
+      for (std::size_t j = 0; j < i; ++j) {
+        if (!previous[j].empty()) {
+          if (std::rename(previous[j].c_str(), targets[j].c_str()) == 0) previous[j].clear();
+        } else if (!existed[j]) {
+          ::unlink(targets[j].c_str());
+        }
+        folders.insert(folderOf(targets[j]));
+      }
+      for (std::size_t j = i; j < files.size(); ++j)
+        if (!previous[j].empty() && ::unlink(previous[j].c_str()) == 0) previous[j].clear();
+      std::string ignored;
+      for (const std::string& folder : folders) syncFolder(folder, ignored);
       return false;
     }
     temps[i].clear();
@@ -170,6 +201,7 @@ bool writeAll(const std::vector<FileToWrite>& files, std::string& why) {
   for (const std::string& folder : folders)
     if (!syncFolder(folder, why)) return false;
   for (const std::string& prev : previous) {
+    if (prev.empty()) continue;
     if (!step("unlink")) throw Stopped{};
     ::unlink(prev.c_str());
   }
@@ -195,4 +227,33 @@ void setSaveStepHook(SaveStepHook hook, void* context) {
 
 bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string& why) {
   return writeFilesAtomically({{path, bytes.data(), bytes.size()}}, why);
+}
+
+bool probeReplace(const std::string& path, std::string& why) {
+  const std::string target = finalTargetOf(path), shown = shownName(path, target);
+  struct statx file, folder;
+  if (::statx(AT_FDCWD, target.c_str(), 0, STATX_TYPE | STATX_MNT_ID, &file) == 0) {
+    if (!S_ISREG(file.stx_mode)) {
+      why = shown + ": cannot write: not a regular file";
+      return false;
+    }
+    // A rename cannot replace a file the system holds fixed, nor one that
+    // another mount puts there (a bind mount of the file itself).
+    if (file.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) {
+      why = shown + ": cannot write: " + systemReason(EPERM) +
+            ((file.stx_attributes & STATX_ATTR_IMMUTABLE) ? " (the file is immutable)" : " (the file is append-only)");
+      return false;
+    }
+    if (::statx(AT_FDCWD, folderOf(target).c_str(), 0, STATX_MNT_ID, &folder) == 0 &&
+        (file.stx_mask & folder.stx_mask & STATX_MNT_ID) && file.stx_mnt_id != folder.stx_mnt_id) {
+      why = shown + ": cannot write: " + systemReason(EBUSY) + " (a file system is mounted on it)";
+      return false;
+    }
+  }
+  std::string temp;
+  const int fd = createBeside(target, shown, temp, why);
+  if (fd < 0) return false;
+  ::close(fd);
+  ::unlink(temp.c_str());
+  return true;
 }

@@ -20,16 +20,28 @@ struct FileToWrite {
   std::size_t size = 0;
   // The file it replaces stays reachable as path + ".prev" until every file
   // of the save is in place: a reader that finds the files of a save only
-  // partly in place can go back to the whole of the previous one.
+  // partly in place can go back to the whole of the previous one. A file
+  // already at that name is never removed: the save fails instead, so the
+  // caller clears a backup of its own first and keeps none where the name
+  // holds somebody else's file.
   bool keepPrevious = false;
 };
 
 // False, with the reason (the system's own words where it refused), when a
-// file could not be written; the files already in place are then left as
-// they were and no temporary is left behind.
+// file could not be written. A failed save leaves no temporary behind and
+// puts back what it had already replaced (from its ".prev"), and removes
+// what it had already added, so that the files are as it found them.
 FXHOST_API bool writeFilesAtomically(const std::vector<FileToWrite>& files, std::string& why);
 // One file, the same way.
 FXHOST_API bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string& why);
+
+// Whether a save to `path` could put its file in place now, without writing
+// it: a temporary can be made beside the file the path finally names (the
+// folder is there, takes new files, and the name is not too long), and the
+// file there, if any, is a regular file that a rename may replace (neither
+// immutable nor append-only, nor a mount point). False, with the reason,
+// otherwise. For telling the user early; a save reports its own failure.
+FXHOST_API bool probeReplace(const std::string& path, std::string& why);
 
 // The file a path finally names, following symbolic links (up to 40): the
 // path itself when it is no link or does not exist.
