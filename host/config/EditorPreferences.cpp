@@ -34,14 +34,29 @@ std::optional<XY<int>> parsePoint(std::string_view s) {
 
 } // namespace
 
-void EditorPreferences::open(const std::string& path) {
+void EditorPreferences::open(const std::string& path, bool makeFolder) {
   std::lock_guard lock(mutex_);
-  file_.load(path, "preferences");
+  file_.load(path, "preferences", makeFolder);
 }
 
 std::string EditorPreferences::path() const {
   std::lock_guard lock(mutex_);
   return file_.path();
+}
+
+std::string EditorPreferences::refusal() const {
+  std::lock_guard lock(mutex_);
+  return file_.refusal();
+}
+
+std::string EditorPreferences::unsaved() const {
+  std::lock_guard lock(mutex_);
+  return file_.unsaved();
+}
+
+void EditorPreferences::setWriteFailureHandler(std::function<void(const std::string&)> handler) {
+  std::lock_guard lock(mutex_);
+  onWriteFailure_ = std::move(handler);
 }
 
 std::optional<std::string> EditorPreferences::text(const LightweightString<char>& key) const {
@@ -50,8 +65,21 @@ std::optional<std::string> EditorPreferences::text(const LightweightString<char>
 }
 
 bool EditorPreferences::store(const LightweightString<char>& key, const std::string& value) {
-  std::lock_guard lock(mutex_);
-  return file_.set(key.view(), value);
+  std::function<void(const std::string&)> tell;
+  std::string why;
+  bool ok = false;
+  {
+    std::lock_guard lock(mutex_);
+    const bool wasSaved = file_.unsaved().empty();
+    ok = file_.set(key.view(), value);
+    if (wasSaved && !file_.unsaved().empty()) {
+      tell = onWriteFailure_;
+      why = file_.unsaved();
+    }
+  }
+  // Outside the lock: the handler may read preferences as it shows the problem.
+  if (tell) tell(why);
+  return ok;
 }
 
 bool EditorPreferences::getPreference(const LightweightString<char>& key, bool fallback) const {
@@ -153,7 +181,7 @@ std::string defaultPreferencesFile() { return userConfigFolder() + "/preferences
 
 EditorPreferences& prefs() {
   Store& s = store();
-  std::call_once(s.opened, [&] { s.preferences.open(defaultPreferencesFile()); });
+  std::call_once(s.opened, [&] { s.preferences.open(defaultPreferencesFile(), true); });
   return s.preferences;
 }
 
@@ -161,5 +189,5 @@ void setPreferencesFile(const std::string& path) {
   Store& s = store();
   // Counts as the first use, so that prefs() keeps this file.
   std::call_once(s.opened, [] {});
-  s.preferences.open(path.empty() ? defaultPreferencesFile() : path);
+  s.preferences.open(path.empty() ? defaultPreferencesFile() : path, path.empty());
 }

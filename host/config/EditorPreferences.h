@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -22,8 +23,19 @@ public:
   EditorPreferences& operator=(const EditorPreferences&) = delete;
 
   // Reads another file; what was read before is dropped, nothing is written.
-  void open(const std::string& path);
+  // `makeFolder`: the first write makes the file's folder (the user's
+  // configuration folder); a missing folder of a path given by hand is a
+  // failed write instead.
+  void open(const std::string& path, bool makeFolder = false);
   std::string path() const;
+  // Why the file is neither read nor written (it is not a preferences
+  // file), or empty.
+  std::string refusal() const;
+  // Why the file lacks the latest change, or empty when it holds them all.
+  std::string unsaved() const;
+  // Told, with unsaved(), when a write fails after the file held every
+  // change: the host shows it once, not at every change that fails after.
+  void setWriteFailureHandler(std::function<void(const std::string&)> handler);
 
   bool getPreference(const LightweightString<char>& key, bool fallback) const;
   int getPreference(const LightweightString<char>& key, int fallback) const;
@@ -64,6 +76,7 @@ private:
 
   mutable std::mutex mutex_;
   KeyFile file_;
+  std::function<void(const std::string&)> onWriteFailure_;
 };
 
 // The process-wide preference store. On first use it reads
@@ -71,7 +84,8 @@ private:
 // that is not set), unless setPreferencesFile named another file first.
 FXHOST_API EditorPreferences& prefs();
 // Points the store at another file (the program's --prefs); an empty path
-// goes back to the default file.
+// goes back to the default file. A file named here that is not a
+// preferences file is left alone (refusal() says so).
 FXHOST_API void setPreferencesFile(const std::string& path);
 // The folder of the user's fxgraph settings: $XDG_CONFIG_HOME/fxgraph or ~/.config/fxgraph.
 FXHOST_API std::string userConfigFolder();

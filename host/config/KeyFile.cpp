@@ -94,17 +94,25 @@ std::optional<std::string> KeyFile::decodeValue(std::string_view text) {
   return out;
 }
 
-bool KeyFile::load(const std::string& path, const char* what) {
+bool KeyFile::load(const std::string& path, const char* what, bool makeFolder) {
   path_ = path;
   what_ = what;
+  makeFolder_ = makeFolder;
   lines_.clear();
   index_.clear();
+  refusal_.clear();
+  unsaved_.clear();
   std::error_code ec;
   if (!std::filesystem::exists(path, ec)) return true;
+  // A file that cannot be read whole cannot be rewritten without loss.
   constexpr std::size_t largest = std::size_t(16) << 20;
   std::string all, why;
   if (!readBoundedFile(path, largest, all, why)) {
-    Log::printf("%s: cannot read %s (%s); using the defaults", what_, path.c_str(), why.c_str());
+    refusal_ = path + ": not a " + what_ + " file (" + why + ")";
+    return false;
+  }
+  if (all.find('\0') != std::string::npos) {
+    refusal_ = path + ": not a " + what_ + " file (it holds binary data)";
     return false;
   }
   std::istringstream in(all);
@@ -117,12 +125,15 @@ bool KeyFile::load(const std::string& path, const char* what) {
       const std::string_view key = eq == std::string_view::npos ? std::string_view() : trimmed(body.substr(0, eq));
       std::optional<std::string> value;
       if (isUsableKey(key)) value = decodeValue(body.substr(eq + 1));
-      if (value) {
-        line.key = std::string(key);
-        index_[line.key] = lines_.size();
-      } else {
-        Log::printf("%s: %s:%zu: not a \"key = value\" line; skipped", what_, path.c_str(), number);
+      if (!value) {
+        // Not ours: whatever it is, it is left exactly as it is.
+        lines_.clear();
+        index_.clear();
+        refusal_ = path + ": not a " + what_ + " file (line " + std::to_string(number) + " is not \"key = value\")";
+        return false;
       }
+      line.key = std::string(key);
+      index_[line.key] = lines_.size();
     }
     lines_.push_back(std::move(line));
   }
@@ -151,7 +162,8 @@ bool KeyFile::set(std::string_view key, std::string_view value) {
   std::string text = std::string(key) + " = " + encodeValue(value);
   auto it = index_.find(key);
   if (it != index_.end()) {
-    if (lines_[it->second].text == text) return true;
+    // The same value again only retries a write that failed.
+    if (lines_[it->second].text == text) return unsaved_.empty() || write();
     lines_[it->second].text = std::move(text);
   } else {
     index_.emplace(std::string(key), lines_.size());
@@ -171,18 +183,26 @@ bool KeyFile::remove(std::string_view key) {
   return write();
 }
 
-bool KeyFile::write() const {
+bool KeyFile::write() {
   if (path_.empty()) return false;
+  if (!refusal_.empty()) {
+    unsaved_ = refusal_;
+    return false;
+  }
   namespace fs = std::filesystem;
   const fs::path target(path_);
   std::error_code ec;
-  if (target.has_parent_path()) fs::create_directories(target.parent_path(), ec);
+  if (makeFolder_ && target.has_parent_path()) fs::create_directories(target.parent_path(), ec);
   std::string text, why;
   for (const Line& l : lines_) {
     text += l.text;
     text += '\n';
   }
-  const bool ok = writeFileAtomically(path_, text, why);
-  if (!ok) Log::printf("%s: %s; the change is kept until the program ends", what_, why.c_str());
-  return ok;
+  if (!writeFileAtomically(path_, text, why)) {
+    if (unsaved_.empty()) Log::printf("%s: %s; the change is kept until the program ends", what_, why.c_str());
+    unsaved_ = why;
+    return false;
+  }
+  unsaved_.clear();
+  return true;
 }

@@ -17,18 +17,30 @@
 // text without '=', line breaks or blanks at its ends. When a key appears
 // twice, the later line wins.
 //
-// The lines are kept as read, so comments and lines that could not be read
-// survive a rewrite; a line that cannot be read is reported to the host log
-// and skipped. Not thread-safe: its owner locks.
+// The lines are kept as read, so comments survive a rewrite. A file that is
+// there but is not one of these (binary bytes, or a line that is neither
+// blank, a comment nor "key = value": an edit, a picture, a script named by
+// mistake) is the user's, not ours: nothing is read from it and it is never
+// written; changes stay in memory. Not thread-safe: its owner locks.
 class FXHOST_API KeyFile {
 public:
   KeyFile() = default;
 
   // Reads `path`; a missing file gives an empty store and is not an error.
-  // `what` names the file in log messages ("preferences", "configuration").
-  // Returns false when the file exists but could not be read.
-  bool load(const std::string& path, const char* what);
+  // `what` names the file in messages ("preferences", "configuration").
+  // `makeFolder`: a write first makes the file's missing folders (for the
+  // user's own configuration folder; a path given by hand whose folder is
+  // missing is a failed write). Returns false when the file is there but is
+  // not one that can be kept (refusal() says why).
+  bool load(const std::string& path, const char* what, bool makeFolder = false);
   const std::string& path() const noexcept { return path_; }
+
+  // Why the file is neither read nor written ("PATH: not a preferences file
+  // (line 3 is not \"key = value\")"); empty when it is kept.
+  const std::string& refusal() const noexcept { return refusal_; }
+  // Why the file on disk lacks the latest change (the last write failed, or
+  // the file is refused); empty when it holds every change.
+  const std::string& unsaved() const noexcept { return unsaved_; }
 
   std::optional<std::string> get(std::string_view key) const;
   bool has(std::string_view key) const { return index_.count(key) != 0; }
@@ -37,7 +49,8 @@ public:
   // Changes the value in memory and writes the whole file through a
   // temporary file renamed into place, so that a crash leaves either the old
   // file or the new one. Returns whether the file was written; an unusable
-  // key is refused (false, with a log message) and changes nothing.
+  // key is refused (false, with a log message) and changes nothing. A write
+  // that fails keeps the change in memory and sets unsaved().
   bool set(std::string_view key, std::string_view value);
   bool remove(std::string_view key);
 
@@ -51,10 +64,13 @@ private:
     std::string text; // as in the file
     std::string key;  // empty for comments and unreadable lines
   };
-  bool write() const;
+  bool write();
 
   std::string path_;
   const char* what_ = "settings";
+  bool makeFolder_ = false;
+  std::string refusal_;
+  std::string unsaved_;
   std::vector<Line> lines_;
   std::map<std::string, std::size_t, std::less<>> index_; // key -> its (last) line
 };

@@ -52,35 +52,49 @@ TEST_F(Preferences, EveryTypeReadsBackFromTheFileAsWritten) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder.path("")), fs::directory_iterator()), 1);
 }
 
-TEST_F(Preferences, LinesThatCannotBeReadAreSkippedWithAWarningAndKept) {
+TEST_F(Preferences, CommentsSurviveARewrite) {
   const std::string path = file("preferences");
   const std::string handWritten = "# written by hand\n"
                                   "Video Routing : Zoom = 0.5\n"
-                                  "no separator here\n"
-                                  " = 3\n"
-                                  "Title = \"unfinished\n"
                                   "\n"
                                   "Automatic FX positioning = true\n";
   write(path, handWritten);
-  LogChannel::Capture log(Log::channel());
   EditorPreferences p(path);
-  ASSERT_EQ(log.messages().size(), 3u);
-  EXPECT_NE(log.messages()[0].find(path + ":3:"), std::string::npos);
-  EXPECT_NE(log.messages()[1].find(":4:"), std::string::npos);
-  EXPECT_NE(log.messages()[2].find(":5:"), std::string::npos);
+  EXPECT_TRUE(p.refusal().empty());
   EXPECT_EQ(p.getPreference("Video Routing : Zoom", 0.75), 0.5);
   EXPECT_TRUE(p.getPreference("Automatic FX positioning", false));
-  EXPECT_EQ(p.getPreference("Title", "none"), "none");
-
-  // A change rewrites the file with the user's comment and odd lines intact.
-  p.setPreference("Video Routing : Zoom", 1.0);
+  EXPECT_TRUE(p.setPreference("Video Routing : Zoom", 1.0));
   std::string expected = handWritten;
   expected.replace(expected.find("0.5"), 3, "1");
   EXPECT_EQ(read(path), expected);
 }
 
+// Any other file (an edit, a picture, a script named by mistake) is the
+// user's: nothing is taken from it and it is never written.
+TEST_F(Preferences, AFileThatIsNotOneIsNeitherReadNorWritten) {
+  const std::string pngBytes("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
+  const std::pair<std::string, std::string> files[] = {
+      {"{\n  \"name\": \"Promo\",\n  \"note\": \"a = b\"\n}\n", "line 1 is not \"key = value\""},
+      {"Video Routing : Zoom = 0.5\nno separator here\n", "line 2 is not \"key = value\""},
+      {"Title = \"unfinished\n", "line 1 is not \"key = value\""},
+      {pngBytes, "binary data"},
+  };
+  for (const auto& [text, reason] : files) {
+    const std::string path = file("not-preferences");
+    write(path, text);
+    EditorPreferences p(path);
+    EXPECT_NE(p.refusal().find(path + ": not a preferences file"), std::string::npos) << p.refusal();
+    EXPECT_NE(p.refusal().find(reason), std::string::npos) << p.refusal();
+    EXPECT_EQ(p.getPreference("Video Routing : Zoom", 0.75), 0.75);
+    EXPECT_FALSE(p.setPreference("Video Routing : Zoom", 1.0)) << "kept in memory only";
+    EXPECT_EQ(p.getPreference("Video Routing : Zoom", 0.75), 1.0);
+    EXPECT_FALSE(p.unsaved().empty());
+    EXPECT_EQ(read(path), text);
+  }
+}
+
 TEST_F(Preferences, AMissingFileGivesTheDefaultsAndTheFirstChangeMakesIt) {
-  const std::string path = file("not/yet/there");
+  const std::string path = file("preferences");
   LogChannel::Capture log(Log::channel());
   EditorPreferences p(path);
   EXPECT_TRUE(log.messages().empty());
@@ -100,6 +114,30 @@ TEST_F(Preferences, AMissingFileGivesTheDefaultsAndTheFirstChangeMakesIt) {
   // A key that the format cannot hold is refused.
   EXPECT_FALSE(p.setPreference("a = b", 1));
   EXPECT_FALSE(p.hasPreference("a = b"));
+}
+
+// The user's own folder is made at the first change; the missing folder of
+// a file named by hand is a failed write, told once and retried.
+TEST_F(Preferences, AMissingFolderIsMadeOnlyForTheUsersOwnFolder) {
+  const std::string mine = file("config/fxgraph/preferences"), named = file("typo/preferences");
+  EditorPreferences own;
+  own.open(mine, true);
+  EXPECT_TRUE(own.setPreference("Video Routing : Zoom", 0.5));
+  EXPECT_TRUE(fs::exists(mine));
+
+  EditorPreferences p(named);
+  std::vector<std::string> told;
+  p.setWriteFailureHandler([&](const std::string& why) { told.push_back(why); });
+  EXPECT_FALSE(p.setPreference("Video Routing : Zoom", 0.5));
+  EXPECT_FALSE(p.setPreference("Video Routing : Templates", false));
+  ASSERT_EQ(told.size(), 1u) << "told once";
+  EXPECT_NE(told[0].find(named), std::string::npos) << told[0];
+  EXPECT_EQ(p.unsaved(), told[0]);
+  EXPECT_FALSE(fs::exists(folder.path("typo")));
+  fs::create_directory(folder.path("typo"));
+  EXPECT_TRUE(p.setPreference("Video Routing : Templates", false));
+  EXPECT_TRUE(p.unsaved().empty());
+  EXPECT_EQ(read(named), "Video Routing : Zoom = 0.5\nVideo Routing : Templates = false\n");
 }
 
 TEST_F(Preferences, TheProcessStoreFollowsTheFileItIsGiven) {
