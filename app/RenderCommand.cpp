@@ -9,7 +9,9 @@
 #include "app/ScriptRunner.h"
 #include "app/Session.h"
 #include "app/StateDump.h"
+#include "app/UserFiles.h"
 #include "host/config/EditorPreferences.h"
+#include "host/edit/EditFile.h"
 #include "host/stream/AtomicFiles.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
@@ -82,6 +84,33 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
   return !o.edit.empty();
 }
 
+// False, with the reason, when an output names a file the run reads and
+// keeps, or the same file as another output.
+bool checkOutputs(const Options& o, std::string& why) {
+  UserFiles inputs;
+  inputs.add(o.edit, "the edit");
+  inputs.add(EditFile::sidecarPath(o.edit), "the edit's objects");
+  inputs.add(o.script, "the script");
+  inputs.add(prefs().path(), "the preferences");
+  inputs.add(o.layout.empty() ? defaultLayoutPath() : o.layout, "the screen layout");
+  if (!o.layout.empty() && sameFile(o.layout, prefs().path())) {
+    why = "--layout and --prefs name the same file (" + o.layout + ")";
+    return false;
+  }
+  UserFiles outputs;
+  for (const auto& [option, file] : {std::pair{"--png", &o.png}, {"--svg", &o.svg}, {"--dump", &o.dump}}) {
+    if (file->empty()) continue;
+    std::string what = inputs.clash(*file);
+    if (what.empty()) what = outputs.clash(*file);
+    if (!what.empty()) {
+      why = std::string(option) + " " + *file + " is " + what + "; it is not written over";
+      return false;
+    }
+    outputs.add(*file, std::string("the file of ") + option);
+  }
+  return true;
+}
+
 } // namespace
 
 int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
@@ -91,15 +120,17 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
     err << "fxgraph render: " << why << "\n";
     return 2;
   }
-  // A preferences file that is there must be one that can be kept: the
-  // session would otherwise end without saving what it changed.
-  std::error_code ec;
-  if (!o.prefs.empty() && std::filesystem::exists(o.prefs, ec) &&
-      !std::filesystem::is_regular_file(finalTargetOf(o.prefs), ec)) {
-    err << "fxgraph: " << o.prefs << ": not a preferences file (not a regular file)\n";
+  if (!o.prefs.empty()) setPreferencesFile(o.prefs);
+  // A preferences file named here that is not one is the user's: the run
+  // stops before anything could be written to it.
+  if (const std::string refusal = prefs().refusal(); !o.prefs.empty() && !refusal.empty()) {
+    err << "fxgraph: " << refusal << "; nothing is written to it\n";
     return 1;
   }
-  if (!o.prefs.empty()) setPreferencesFile(o.prefs);
+  if (!checkOutputs(o, why)) {
+    err << "fxgraph: " << why << "\n";
+    return 1;
+  }
   // Timers follow the script's ticks, not the wall clock.
   HostClock::driveByHand(0);
   GlobManager::initialise(o.size.x, o.size.y);
@@ -137,6 +168,11 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
         out << "rendered " << o.edit << " (give --png, --svg or --dump to keep the result)\n";
     }
     session.close();
+    // What the run could not keep of the screen layout and the preferences.
+    for (const std::string& failure : session.unsavedSettings()) {
+      err << "fxgraph: " << failure << "\n";
+      status = 1;
+    }
   }
   GlobManager::shutdown();
   return status;

@@ -81,7 +81,17 @@ bool writeText(const std::string& path, const std::string& text, std::string& wh
 
 } // namespace
 
+bool ScriptRunner::writableOutput(const std::string& file, std::string& why) const {
+  UserFiles files = session_.userFiles();
+  files.add(scriptPath_, "the script");
+  const std::string what = files.clash(file);
+  if (what.empty()) return true;
+  why = echoedText(file) + " is " + what + "; it is not written over";
+  return false;
+}
+
 bool ScriptRunner::runFile(const std::string& path, std::string& why) {
+  scriptPath_ = path;
   constexpr std::size_t largest = std::size_t(16) << 20;
   std::string text, failure;
   if (!readBoundedFile(path, largest, text, failure)) {
@@ -657,13 +667,13 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   } else if (cmd == "reopen") {
     if (!wants(0, 0, "reopen") || !session_.reopen(why)) return false;
   } else if (cmd == "png") {
-    if (!wants(1, 1, "png FILE")) return false;
+    if (!wants(1, 1, "png FILE") || !writableOutput(w[1], why)) return false;
     if (!GlobManager::writePNG(w[1])) {
       why = "cannot write " + w[1];
       return false;
     }
   } else if (cmd == "dump") {
-    if (!wants(1, 1, "dump FILE")) return false;
+    if (!wants(1, 1, "dump FILE") || !writableOutput(w[1], why)) return false;
     if (!writeText(w[1], dumpState(session_).dump(2) + "\n", why)) return false;
   } else {
     why = "unknown command " + echoedText(cmd);

@@ -53,9 +53,14 @@ private:
   // A view pixel well clear of every node, for clicks on empty canvas.
   XY<int> emptyViewPixel() const;
 
+  // False, with the reason, when an output would replace a file the run
+  // reads and keeps (the edit, its objects, the script...).
+  bool writableOutput(const std::string& file, std::string& why) const;
+
   Session& session_;
-  XY<int> mouse_;   // view pixels
-  int pressed_ = 0; // the button held, 0 for none
+  std::string scriptPath_; // the file being run, if any
+  XY<int> mouse_;          // view pixels
+  int pressed_ = 0;        // the button held, 0 for none
 };
 
 } // namespace fxgraph

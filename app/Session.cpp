@@ -1,6 +1,8 @@
 #include "app/Session.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
@@ -19,6 +21,27 @@ std::string trimmedLine(std::string m) {
   return m;
 }
 
+// Reads the screen layout. A file that is not one, or is the preferences
+// file, is the user's and is never written: named by hand it stops the
+// start (false, with the reason); found in its default place it is said in
+// a warning, and the session keeps no layout.
+bool readLayout(const std::string& layout, bool namedByHand, std::vector<LayoutFile::SavedGlob>& globs, bool& keeps,
+                std::vector<std::string>& warnings, std::string& why) {
+  std::string refusal;
+  if (sameFile(layout, prefs().path()))
+    refusal = layout + ": the preferences file, not a layout file";
+  else if (LayoutFile::load(layout, globs, refusal))
+    return true;
+  globs.clear();
+  if (namedByHand) {
+    why = refusal + "; nothing is written to it";
+    return false;
+  }
+  warnings.push_back(refusal + "; it is left as it is, and the screen layout is not saved");
+  keeps = false;
+  return true;
+}
+
 } // namespace
 
 std::string defaultLayoutPath() {
@@ -30,16 +53,26 @@ Session::~Session() { close(); }
 
 bool Session::open(const std::string& path, double time, const std::string& layoutPath, std::string& why) {
   close();
+  const std::string layout = layoutPath.empty() ? defaultLayoutPath() : layoutPath;
+  std::vector<std::string> warnings;
+  std::vector<LayoutFile::SavedGlob> globs;
+  bool keepsLayout = true;
+  if (!readLayout(layout, !layoutPath.empty(), globs, keepsLayout, warnings, why)) return false;
+  if (const std::string notPreferences = prefs().refusal(); !notPreferences.empty())
+    warnings.push_back(notPreferences + "; it is left as it is, and the preferences are not saved");
   EditFile::LoadResult loaded = EditFile::load(path);
   if (!loaded.edit) {
     why = loaded.error;
     return false;
   }
   path_ = path;
-  layoutPath_ = layoutPath.empty() ? defaultLayoutPath() : layoutPath;
+  layoutPath_ = layout;
+  layoutGiven_ = layoutPath;
+  keepsLayout_ = keepsLayout;
   time_ = time;
   edit_ = loaded.edit;
-  warnings_ = loaded.warnings;
+  warnings_ = std::move(warnings);
+  warnings_.insert(warnings_.end(), loaded.warnings.begin(), loaded.warnings.end());
   vob_ = std::make_unique<Vob>(edit_, "main");
   vob_->storeCurrentTime(time);
   // The program's one vob both plays and records.
@@ -50,36 +83,79 @@ bool Session::open(const std::string& path, double time, const std::string& layo
     // What the tool finds wrong with the edit's stored positions as it
     // opens is told with the edit's own warnings.
     LogChannel::Capture log(Log::channel());
-    restoreOrShowPanels();
+    restoreOrShowPanels(std::move(globs));
     for (const std::string& m : log.messages())
       if (m.starts_with("Position records:")) warnings_.push_back(EditFile::sidecarPath(path) + ": " + trimmedLine(m));
   }
   return true;
 }
 
-void Session::restoreOrShowPanels() {
-  std::vector<configb> records;
-  std::string why;
-  if (!LayoutFile::load(layoutPath_, records, why)) warnings_.push_back(why + "; the tool opens afresh");
-  bool restored = false;
-  for (const configb& record : records) {
-    if (record.getText("TYPE") != FXGraphTool::getUITypeString()) continue;
-    GlobCreationInfo info;
-    info.size = {record.getInt("W"), record.getInt("H")};
-    info.border = Border{0, 0, 15};
-    info.config = &record;
-    // Where it was, kept on the screen.
-    const XY<int> size = info.size.x > 0 && info.size.y > 0 ? info.size : FXGraphTool::calcSize();
-    Glob::setupRootPos(GlobManager::getSafePosForGlob(Canvas(), {record.getInt("X"), record.getInt("Y")}, size));
-    if (FXGraphTool* panel = FXGraphTool::make(&info)) {
-      GlobManager::realize(panel);
-      restored = true;
-    }
-  }
-  if (!restored) FXGraphTool::show();
+bool Session::restoresHere(const configb& record) const {
+  if (record.getText("TYPE") != FXGraphTool::getUITypeString()) return false;
+  // As the tool's restore finds its vob: the group it names, when open,
+  // else a new group on the live edit of the record's cookie. A vob has
+  // one tool at most.
+  Vob* group = record.has("VOB_GROUP_ID") ? VobManager::open(nullptr, record.getUnsigned("VOB_GROUP_ID"))
+                                          : VobManager::open(nullptr, record.getText("GROUPID"));
+  if (group) return group->getEdit() == edit_ && !FXGraphTool::findPanelFor(group);
+  return record.getCookie("EDIT_COOKIE") == edit_->getCookie();
 }
 
-FXGraphTool* Session::panel() const { return vob_ ? FXGraphTool::findPanelFor(vob_.get()) : nullptr; }
+void Session::restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs) {
+  layout_.clear();
+  bool shown = false;
+  for (LayoutFile::SavedGlob& glob : globs) {
+    LayoutSlot slot{std::move(glob), nullptr};
+    const configb& record = slot.saved.record;
+    // A panel for another edit, or of another kind, is not this session's
+    // to restore: it goes back into the layout as it was.
+    if (restoresHere(record)) {
+      GlobCreationInfo info;
+      info.size = {record.getInt("W"), record.getInt("H")};
+      info.border = Border{0, 0, 15};
+      info.config = &record;
+      // Where it was, kept on the screen.
+      const XY<int> size = info.size.x > 0 && info.size.y > 0 ? info.size : FXGraphTool::calcSize();
+      Glob::setupRootPos(GlobManager::getSafePosForGlob(Canvas(), {record.getInt("X"), record.getInt("Y")}, size));
+      if (FXGraphTool* panel = FXGraphTool::make(&info)) {
+        GlobManager::realize(panel);
+        slot.restored = panel;
+        shown = shown || (panel->getVob() && panel->getVob()->getEdit() == edit_);
+      }
+    }
+    layout_.push_back(std::move(slot));
+  }
+  // The edit opened always gets its tool.
+  if (!shown) FXGraphTool::show();
+}
+
+FXGraphTool* Session::panel() const {
+  if (!vob_) return nullptr;
+  if (FXGraphTool* own = FXGraphTool::findPanelFor(vob_.get())) return own;
+  // A panel that the layout restored onto another vob group of the edit.
+  for (FXGraphTool* p : FXGraphTool::allPanels_.as<FXGraphTool>())
+    if (p->getVob() && p->getVob()->getEdit() == edit_) return p;
+  return nullptr;
+}
+
+std::vector<std::string> Session::unsavedSettings() const {
+  std::vector<std::string> lines = saveFailures_;
+  if (const std::string unsaved = prefs().unsaved(); !unsaved.empty() && prefs().refusal().empty())
+    lines.push_back("the preferences were not saved: " + unsaved);
+  return lines;
+}
+
+UserFiles Session::userFiles() const {
+  UserFiles files;
+  files.add(path_, "the edit");
+  if (!path_.empty()) {
+    files.add(EditFile::sidecarPath(path_), "the edit's objects");
+    files.add(EditFile::sidecarPath(path_) + ".prev", "the edit's objects");
+  }
+  files.add(prefs().path(), "the preferences");
+  files.add(layoutPath_, "the screen layout");
+  return files;
+}
 
 FXGraphView* Session::view() const {
   FXGraphTool* p = panel();
@@ -93,14 +169,32 @@ void Session::finishStills() {
 }
 
 void Session::writeLayout() {
-  std::vector<configb> records;
-  for (const FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>()) {
-    configb record;
-    panel->dump(record);
-    records.push_back(std::move(record));
+  if (!keepsLayout_) return;
+  const auto live = FXGraphTool::allPanels_.as<FXGraphTool>();
+  auto isLive = [&](const FXGraphTool* p) { return std::find(live.begin(), live.end(), p) != live.end(); };
+  std::vector<LayoutFile::SavedGlob> globs;
+  std::set<const FXGraphTool*> written;
+  auto add = [&](const FXGraphTool* panel) {
+    if (!written.insert(panel).second) return;
+    LayoutFile::SavedGlob glob;
+    panel->dump(glob.record);
+    globs.push_back(std::move(glob));
+  };
+  // In the file's order: each restored panel where its record was (gone
+  // if it was closed), every other record as it was; new panels after.
+  for (const LayoutSlot& slot : layout_) {
+    if (!slot.restored)
+      globs.push_back(slot.saved);
+    else if (isLive(slot.restored))
+      add(slot.restored);
   }
+  for (const FXGraphTool* panel : live) add(panel);
   std::string why;
-  if (!LayoutFile::save(layoutPath_, records, why)) warnings_.push_back("the screen layout was not saved: " + why);
+  if (LayoutFile::save(layoutPath_, globs, why)) return;
+  // Told once, however often the session ended.
+  const std::string failure = "the screen layout was not saved: " + why;
+  if (std::find(saveFailures_.begin(), saveFailures_.end(), failure) == saveFailures_.end())
+    saveFailures_.push_back(failure);
 }
 
 void Session::close() {
@@ -119,6 +213,7 @@ void Session::close() {
   VobManager::closeAll();
   edit_->close();
   edit_.reset();
+  layout_.clear();
 }
 
 bool Session::closePanel(std::string& why) {
@@ -137,7 +232,7 @@ bool Session::reopen(std::string& why) {
     why = "nothing was open";
     return false;
   }
-  const std::string path = path_, layout = layoutPath_;
+  const std::string path = path_, layout = layoutGiven_;
   const double t = vob_ ? vob_->getCurrentTime() : time_;
   close();
   return open(path, t, layout, why);
