@@ -5,6 +5,7 @@
 
 #include "host/config/configb.h"
 #include "host/ui/GlobManager.h"
+#include "host/ui/SentMessages.h"
 
 namespace {
 // Set by setupRootPos, taken by the next glob made.
@@ -174,9 +175,10 @@ void Glob::setActive(bool on, bool redrawNow) {
 }
 
 bool Glob::sendMessage(const LightweightString<char>& msg) {
-  for (Glob* g = parent_; g; g = g->parent_)
-    if (g->handleMessageEvent(msg, this)) return true;
-  return false;
+  bool handled = false;
+  for (Glob* g = parent_; g && !handled; g = g->parent_) handled = g->handleMessageEvent(msg, this);
+  SentMessages::record(msg, handled);
+  return handled;
 }
 
 bool Glob::sendDataMessage(const LightweightString<char>& msg, const void* data) {

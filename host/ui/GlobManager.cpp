@@ -12,7 +12,8 @@ constexpr int escapeKey = 27;
 
 struct Screen {
   std::unique_ptr<ScreenSurface> surface;
-  std::vector<Glob*> roots; // bottom to top
+  std::vector<Glob*> roots;  // bottom to top
+  std::vector<Glob*> opened; // the same, in the order they came on the screen
   std::vector<Glob*> doomed;
   std::vector<Glob*> timed;
   Glob* captured = nullptr;
@@ -104,6 +105,7 @@ void GlobManager::shutdown() {
   while (!screen->roots.empty()) {
     Glob* g = screen->roots.back();
     screen->roots.pop_back();
+    std::erase(screen->opened, g);
     delete g;
   }
   delete screen;
@@ -127,6 +129,7 @@ void GlobManager::resizeScreen(int width, int height) {
 void GlobManager::realize(Glob* root) {
   if (!screen || !root || std::find(screen->roots.begin(), screen->roots.end(), root) != screen->roots.end()) return;
   screen->roots.push_back(root);
+  screen->opened.push_back(root);
   root->updateCanvas();
   root->layoutChildren();
   drawGlob(root);
@@ -143,6 +146,7 @@ void GlobManager::processDeletions() {
     Glob* g = screen->doomed.back();
     screen->doomed.pop_back();
     std::erase(screen->roots, g);
+    std::erase(screen->opened, g);
     delete g;
     screen->invalid = true;
   }
@@ -158,6 +162,8 @@ void GlobManager::raise(Glob* root) {
 }
 
 const std::vector<Glob*>& GlobManager::roots() { return screen->roots; }
+
+const std::vector<Glob*>& GlobManager::rootsInOpeningOrder() { return screen->opened; }
 
 XY<int> GlobManager::getPosForGlob(const GlobCreationInfo& info, const Glob::Placement& placement) {
   const XY<int> s = screenSize();
@@ -394,6 +400,7 @@ void GlobManager::forget(Glob* glob) {
   if (screen->dragHover == glob) screen->dragHover = nullptr;
   std::erase(screen->timed, glob);
   std::erase(screen->roots, glob);
+  std::erase(screen->opened, glob);
   std::erase(screen->doomed, glob);
 }
 

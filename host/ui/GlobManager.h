@@ -33,6 +33,8 @@ public:
   static void initialise(int width, int height);
   // Deletes every root glob and the screen.
   static void shutdown();
+  // The largest screen side the host takes, in pixels; no glob is larger.
+  static constexpr int largestScreenSide = 8192;
   static bool initialised();
   static ScreenSurface& surface();
   static XY<int> screenSize();
@@ -45,6 +47,9 @@ public:
   static void processDeletions();
   static void raise(Glob* root);
   static const std::vector<Glob*>& roots();
+  // The root globs in the order they came on the screen, whatever their
+  // stacking since.
+  static const std::vector<Glob*>& rootsInOpeningOrder();
   // Where a new root of that size goes under a placement (on the screen).
   static XY<int> getPosForGlob(const GlobCreationInfo& info, const Glob::Placement& placement);
   // The position moved so that the glob lies on the screen.

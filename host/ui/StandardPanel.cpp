@@ -81,6 +81,9 @@ Glob* StandardPanel::getTitleWidget(int index) const {
 
 void StandardPanel::setMinSize(int w, int h) {
   min_ = {std::max(0, w), std::max(0, h)};
+  // A panel with no size yet (0 by 0, as a layout restores one) is given
+  // its size later: the minimum only bounds what it is given.
+  if (width() == 0 && height() == 0) return;
   if (width() < min_.x || height() < min_.y) resize(width(), height());
 }
 
