@@ -6,6 +6,7 @@
 //   saved state ............... dump, load
 #include "graph_tool/FXGraphTool.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -57,6 +58,10 @@ void openRoot(const GlobCreationInfo& info, const Glob::Placement& placement, Ma
 
 DLList FXGraphTool::allPanels_(false);
 double FXGraphTool::initialZoom_ = defaultZoom;
+// Whether a panel or a restore has set the class-wide zoom yet: until one
+// has, it is the preference's, which cannot be read before the host has
+// named its preferences.
+static bool initialZoomSet = false;
 XY<double> FXGraphTool::restoredCentre_{0, 0};
 
 // -- creation and registry ------------------------------------------------------
@@ -121,6 +126,7 @@ XY<int> FXGraphTool::getNodeSize(Glob* glob) {
 FXGraphTool::FXGraphTool(const InitArgs& args) : StandardPanel(args), VobClient(args.vob, 2, 0) {
   [[maybe_unused]] Glib::StateSaver saver;
   initialZoom_ = prefs().getPreference(zoomKey, defaultZoom);
+  initialZoomSet = true;
   init();
   postInit();
 }
@@ -128,6 +134,12 @@ FXGraphTool::FXGraphTool(const InitArgs& args) : StandardPanel(args), VobClient(
 FXGraphTool::FXGraphTool(const configb& config, double width, double height)
     : StandardPanel(XY<int>{static_cast<int>(std::lround(width)), static_cast<int>(std::lround(height))}) {
   [[maybe_unused]] Glib::StateSaver saver;
+  // A record without a zoom, before any panel was made, starts from the
+  // preference, as a panel opened afresh would.
+  if (!initialZoomSet) {
+    initialZoom_ = prefs().getPreference(zoomKey, defaultZoom);
+    initialZoomSet = true;
+  }
   init();
   load(config);
   postInit();
@@ -200,7 +212,13 @@ void FXGraphTool::postInit() {
 
 // -- size and layout ----------------------------------------------------------------
 
-XY<int> FXGraphTool::calcSize() { return prefs().getPreference(sizeKey, XY<int>{36 * row(), 25 * row()}); }
+XY<int> FXGraphTool::calcSize() {
+  const XY<int> size = prefs().getPreference(sizeKey, XY<int>{36 * row(), 25 * row()});
+  // A stored size no screen holds (or none at all) would leave a panel that
+  // cannot be shown or built: it is kept within what the host can show.
+  const int most = GlobManager::largestScreenSide;
+  return {std::clamp(size.x, 1, most), std::clamp(size.y, 1, most)};
+}
 
 Glob::PixelBox FXGraphTool::getUserArea() const {
   PixelBox area = StandardPanel::getUserArea();
@@ -427,7 +445,9 @@ void FXGraphTool::load(const configb& record) {
     if (!VobManager::open(this, name))
       if (Vob* made = VobManager::create(this, cookie, name)) made->storeCurrentTime(time);
   }
-  if (record.has("VIEW_ZOOM")) initialZoom_ = record.getDouble("VIEW_ZOOM", initialZoom_);
+  // A zoom that is no number leaves the class-wide one as it was.
+  if (const double zoom = record.getDouble("VIEW_ZOOM", initialZoom_); record.has("VIEW_ZOOM") && std::isfinite(zoom))
+    initialZoom_ = zoom;
   // Kept as the layout named it; the view is deliberately not re-centred.
   restoredCentre_ = {record.getDouble("VIEW_CX", 0), record.getDouble("VIEW_CY", 0)};
   if (width() == 0 && height() == 0) {

@@ -3,6 +3,7 @@
 #include "graph_view/FXGraphView.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
@@ -85,6 +86,8 @@ void FXGraphView::storePositionsForReopen(std::map<IdStamp, XY<double>>& handPla
 
 bool FXGraphView::judgeZoom(ValServer<double>*, double& value) {
   // Zoom lives in [0, 1]; setViewZoom clamps before it asks, others may not.
+  // A zoom that is no number is refused.
+  if (std::isnan(value)) return false;
   value = std::clamp(value, 0.0, 1.0);
   return true;
 }
@@ -183,6 +186,13 @@ void FXGraphView::handleModifications(const EditModifications& mods, const VobMo
     return;
   }
   if (mods.empty() && !(vobMod.flags & VobModification::timeChanged)) return;
+  // The edit changed under a held wire (an undo, a redo, a change from
+  // elsewhere): the wire is let go, so that the view shows the edit as it
+  // now is. The view's own pick-up and drop change it while it is busy.
+  if (anchor_ && !busy_) {
+    disableETime();
+    anchor_.reset();
+  }
   if (!edit_ || edit_->isClosed()) {
     flushNodeList();
     redraw();

@@ -270,7 +270,8 @@ public:
     std::shared_ptr<const SearchTemplates> templates; // as the field opened
     std::wstring query;
     std::vector<EffectTemplateSummary> results;
-    int chosen = -1; // -1: nothing matches
+    int chosen = -1;   // -1: nothing matches
+    bool full = false; // a key was refused: the query is as long as it may be
     IdStamp target;
     WireRef wire; // else the wire under the mouse, to put the effect into
   };

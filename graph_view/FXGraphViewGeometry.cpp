@@ -102,6 +102,8 @@ void FXGraphView::setViewCentre(double x, double y) {
 }
 
 void FXGraphView::setViewZoom(double z) {
+  // A zoom that is no number changes nothing.
+  if (std::isnan(z)) return;
   z = std::clamp(z, 0.0, 1.0);
   scale_ = calcPhysicalScale(z);
   zoom_ = z;

@@ -11,6 +11,9 @@
 namespace {
 constexpr int rowHeight = 18;
 constexpr int shownRows = 8;
+// Longer than any template's name; a key past it is refused, at no cost,
+// with a note in the field.
+constexpr std::size_t longestQuery = 256;
 } // namespace
 
 void FXGraphView::openSearch(const std::wstring& text) {
@@ -83,6 +86,7 @@ bool FXGraphView::handleSearchKey(const Event& e) {
     return true;
   case Event::keyBackspace:
     if (!search_.query.empty()) search_.query.pop_back();
+    search_.full = false;
     updateSearchResults();
     redraw();
     return true;
@@ -100,9 +104,14 @@ bool FXGraphView::handleSearchKey(const Event& e) {
   default:
     // Text: any character that is not a control one.
     if (e.key >= 32 && e.key != 127 && e.key < 0x110000 && !(e.key >= 0xD800 && e.key < 0xE000)) {
-      if (search_.query.size() < 80) search_.query += static_cast<wchar_t>(e.key);
-      updateSearchResults();
-      redraw();
+      if (search_.query.size() < longestQuery) {
+        search_.query += static_cast<wchar_t>(e.key);
+        updateSearchResults();
+        redraw();
+      } else if (!search_.full) {
+        search_.full = true;
+        redraw();
+      }
     }
     // The field has the keyboard: nothing typed reaches anyone else.
     return true;
@@ -112,7 +121,8 @@ bool FXGraphView::handleSearchKey(const Event& e) {
 Glob::PixelBox FXGraphView::searchBox() const {
   const auto w = getWindowPos();
   const int width = std::min(300, w.x1 - w.x0 - 20);
-  const int rows = 1 + std::min(shownRows, std::max(1, static_cast<int>(search_.results.size())));
+  const int rows =
+      1 + (search_.full ? 1 : 0) + std::min(shownRows, std::max(1, static_cast<int>(search_.results.size())));
   const int x0 = (w.x0 + w.x1 - width) / 2;
   return {x0, w.y1 - 10 - rows * rowHeight - 4, x0 + width, w.y1 - 10};
 }
@@ -132,6 +142,12 @@ void FXGraphView::drawSearch() {
   int y = box.y1 - 2 - rowHeight;
   const std::wstring prompt = L"Add: " + search_.query + L"_";
   drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt), getPalette().text(), {});
+  if (search_.full) {
+    y -= rowHeight;
+    drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight},
+             LightweightString<wchar_t>(L"The search takes " + std::to_wstring(longestQuery) + L" characters at most"),
+             getPalette().text(), {});
+  }
   if (search_.results.empty()) {
     y -= rowHeight;
     drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(L"No effect matches"),

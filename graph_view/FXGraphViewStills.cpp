@@ -15,7 +15,9 @@ void FXGraphView::drawStills() {
   for (const auto& n : nodes_)
     if (n->isPrimary()) primary = n;
   if (!primary) return;
-  const int pw = (w.x1 - w.x0) / 5, ph = pw * 9 / 16;
+  // However large the view, the preview stays a picture the stills cache
+  // keeps: one it could not keep would be asked for again at every frame.
+  const int pw = std::min((w.x1 - w.x0) / 5, 1920), ph = pw * 9 / 16;
   const PixelBox box{w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
   previewBox_ = box;
   if (!drawArea(box)) return;
