@@ -209,6 +209,10 @@ public:
       readChannels(*edit);
       checkInputs(*edit);
       keepUnknownFields(*edit);
+      // Any other JSON document (an interchange timeline, a layout, a dump)
+      // is not opened as an empty edit; what is wrong with one that tries
+      // to be an edit is said first.
+      if (!doc_.contains("channels")) refuse("", "not an edit (it has no \"channels\")");
     } catch (...) {
       edit->close();
       throw;
@@ -847,7 +851,9 @@ std::string EditFile::toJson(const Edit& edit, const std::string& objectsStamp, 
         }
       }
   }
-  return doc.dump(2) + "\n";
+  // A name that came in as bytes that are not UTF-8 is saved with U+FFFD
+  // in their place rather than not saved at all.
+  return doc.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 bool EditFile::save(const EditPtr& edit, const std::string& path, std::string& error) {
