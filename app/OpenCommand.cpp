@@ -46,7 +46,7 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
   {
     Session session;
     std::string why;
-    if (!session.open(editPath, 0, {}, why)) {
+    if (!session.open(editPath, std::nullopt, {}, why)) {
       err << "fxgraph: " << why << "\n";
       status = 1;
     } else {
@@ -64,8 +64,7 @@ int runOpenCommand(const std::string& editPath, std::ostream& out, std::ostream&
       // For automation: the state as the window left it.
       if (const char* dumpPath = std::getenv("FXGRAPH_STATE_DUMP"); windowed && dumpPath && *dumpPath) {
         std::string failure;
-        if (!writeFileAtomically(dumpPath, dumpState(session).dump(2) + "\n", failure))
-          err << "fxgraph: " << failure << "\n";
+        if (!writeFileAtomically(dumpPath, dumpStateText(session), failure)) err << "fxgraph: " << failure << "\n";
       }
       if (!windowed) {
         const std::string picture = "fxgraph-screen.png";

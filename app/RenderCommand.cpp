@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <ostream>
 
 #include "app/ScriptRunner.h"
@@ -22,7 +23,7 @@ namespace {
 struct Options {
   std::string edit;
   XY<int> size{1024, 640};
-  double time = 0;
+  std::optional<double> time; // none: where the saved layout says, else 0
   std::string script, png, svg, dump, prefs, layout;
 };
 
@@ -43,16 +44,18 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
       char* end = nullptr;
       const long w = std::strtol(v.c_str(), &end, 10);
       const long h = *end == 'x' ? std::strtol(end + 1, &end, 10) : 0;
-      if (*end || w < 64 || h < 64 || w > 8192 || h > 8192) {
-        why = "--size wants WxH, each 64 to 8192 pixels (got \"" + v + "\")";
+      const int most = GlobManager::largestScreenSide;
+      if (*end || w < 64 || h < 64 || w > most || h > most) {
+        why = "--size wants WxH, each 64 to " + std::to_string(most) + " pixels (got \"" + v + "\")";
         return false;
       }
       o.size = {static_cast<int>(w), static_cast<int>(h)};
     } else if (a == "--time") {
       if (!value(v)) return false;
       char* end = nullptr;
-      o.time = std::strtod(v.c_str(), &end);
-      if (v.empty() || *end || !(o.time >= 0) || !std::isfinite(o.time)) {
+      const double t = std::strtod(v.c_str(), &end);
+      o.time = t;
+      if (v.empty() || *end || !(t >= 0) || !std::isfinite(t)) {
         why = "--time wants seconds, 0 or more (got \"" + v + "\")";
         return false;
       }
@@ -160,7 +163,7 @@ int runRenderCommand(const std::vector<std::string>& args, std::ostream& out, st
         err << "fxgraph: " << (failure.empty() ? "cannot write " + o.svg : failure) << "\n";
         status = 1;
       }
-      if (status == 0 && !o.dump.empty() && !writeFileAtomically(o.dump, dumpState(session).dump(2) + "\n", failure)) {
+      if (status == 0 && !o.dump.empty() && !writeFileAtomically(o.dump, dumpStateText(session), failure)) {
         err << "fxgraph: " << failure << "\n";
         status = 1;
       }

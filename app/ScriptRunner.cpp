@@ -21,6 +21,7 @@
 #include "host/ui/ImageButton.h"
 #include "host/ui/MenuGlob.h"
 #include "host/ui/PushButton.h"
+#include "host/ui/SentMessages.h"
 #include "routing/MultiTrackRoutingView.h"
 
 namespace fxgraph {
@@ -73,6 +74,16 @@ std::string trimmed(std::string text) {
 std::string rest(const std::string& line, const std::string& after) {
   const std::size_t at = line.find(after);
   return at == std::string::npos ? std::string() : trimmed(line.substr(at + after.size()));
+}
+
+// What follows the command word and the one blank after it, exactly: a
+// message's own blanks, trailing ones too, are part of it ("AutoPos ").
+std::string restVerbatim(const std::string& line, const std::string& command) {
+  std::size_t at = line.find(command) + command.size() + 1;
+  std::string text = at < line.size() ? line.substr(at) : std::string();
+  // A script written with CR LF line ends.
+  if (!text.empty() && text.back() == '\r') text.pop_back();
+  return text;
 }
 
 bool writeText(const std::string& path, const std::string& text, std::string& why) {
@@ -250,10 +261,15 @@ bool ScriptRunner::choose(const std::string& name, const std::string& entry, std
     e.type = Event::mouseUp;
     GlobManager::dispatch(e);
   }
+  SentMessages sent;
   if (!pickMenuEntry(entry, why)) return false;
-  // A drop-down tells its panel with a message of its own.
-  if (dynamic_cast<DropDownMenuButton*>(widget) && session_.lastMessage)
+  // A drop-down tells its panel with a message of its own: the panel's
+  // answer to it is what the choice got.
+  if (dynamic_cast<DropDownMenuButton*>(widget) && session_.lastMessage) {
     session_.lastMessage->text = DropDownMenuButton::dropDownMenuButtonMsg;
+    for (const SentMessages::Sent& m : sent.sent())
+      if (m.text == DropDownMenuButton::dropDownMenuButtonMsg) session_.lastMessage->handled = m.handled;
+  }
   return true;
 }
 
@@ -365,8 +381,9 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   if (cmd == "resize") {
     XY<int> size;
     if (!wants(2, 2, "resize W H") || !point(1, size)) return false;
-    if (size.x < 64 || size.y < 64 || size.x > 8192 || size.y > 8192) {
-      why = "the screen must be between 64 and 8192 pixels a side";
+    if (size.x < 64 || size.y < 64 || size.x > GlobManager::largestScreenSide ||
+        size.y > GlobManager::largestScreenSide) {
+      why = "the screen must be between 64 and " + std::to_string(GlobManager::largestScreenSide) + " pixels a side";
       return false;
     }
     GlobManager::resizeScreen(size.x, size.y);
@@ -386,7 +403,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       why = echoedText(w[1]) + " is not a time (seconds, 0 or more)";
       return false;
     }
-    session_.vob()->setCurrentTime(t);
+    session_.focusVob()->setCurrentTime(t);
   } else if (cmd == "tick") {
     int ms = 0;
     if (!wants(1, 1, "tick MS")) return false;
@@ -527,7 +544,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       return false;
     }
     if (!needPanel()) return false;
-    const std::string text = rest(line, cmd);
+    const std::string text = restVerbatim(line, cmd);
     const bool handled = session_.panel()->handleMessageEvent(text, nullptr);
     session_.lastMessage = Session::LastMessage{text, handled};
   } else if (cmd == "button") {
@@ -537,10 +554,14 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
       why = "the panel has no widget " + echoedText(w[1]) + " (" + widgetNames() + ")";
       return false;
     }
-    const std::string message = widgetMessage(widget);
     const XY<int> at = widget->screenPos() + XY<int>{widget->width() / 2, widget->height() / 2};
-    const bool handled = screenClick(at, Event::left);
-    session_.lastMessage = Session::LastMessage{message, handled};
+    // The panel's own answer to what the click sent, not whether it landed.
+    SentMessages sent;
+    screenClick(at, Event::left);
+    if (sent.sent().empty())
+      session_.lastMessage = Session::LastMessage{widgetMessage(widget), false};
+    else
+      session_.lastMessage = Session::LastMessage{sent.sent().front().text.str(), sent.sent().front().handled};
   } else if (cmd == "choose") {
     if (w.size() < 3) {
       why = "usage: choose NAME ENTRY";
@@ -600,14 +621,14 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     if (!wants(0, 0, "routing") || !needPanel()) return false;
     // As a person opens it: the view's context menu on empty canvas.
     if (!choose("view", toUTF8(resourceStrW(13053)).str(), why)) return false;
-    if (!MultiTrackRoutingView::findFor(session_.vob())) {
+    if (!MultiTrackRoutingView::findFor(session_.focusVob())) {
       why = "routing: the dialogue did not open";
       return false;
     }
   } else if (cmd == "tab") {
     int index = 0;
     if (!wants(1, 1, "tab I") || !needOpen()) return false;
-    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.vob());
+    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.focusVob());
     if (!routing || !routing->tabs()) {
       why = routing ? "the routing dialogue has no tabs (one page)" : "the routing dialogue is not open";
       return false;
@@ -624,7 +645,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     const bool swap = cmd == "row-swap";
     int from = 0, to = 0;
     if (!wants(swap ? 2 : 1, swap ? 2 : 1, swap ? "row-swap I J" : "row-click I") || !needOpen()) return false;
-    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.vob());
+    MultiTrackRoutingView* routing = MultiTrackRoutingView::findFor(session_.focusVob());
     TableWidget* table = routing && routing->audioView() ? routing->audioView()->table() : nullptr;
     if (!table) {
       why = routing ? "the routing dialogue shows no audio table" : "the routing dialogue is not open";
@@ -657,9 +678,9 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
   } else if (cmd == "undo" || cmd == "redo") {
     if (!wants(0, 0, cmd.c_str()) || !needOpen()) return false;
     if (cmd == "undo")
-      session_.vob()->undoRequest();
+      session_.focusVob()->undoRequest();
     else
-      session_.vob()->redoRequest();
+      session_.focusVob()->redoRequest();
   } else if (cmd == "save") {
     if (!wants(0, 0, "save") || !needOpen() || !session_.save(why)) return false;
   } else if (cmd == "close") {
@@ -674,7 +695,7 @@ bool ScriptRunner::runLine(const std::string& raw, std::string& why) {
     }
   } else if (cmd == "dump") {
     if (!wants(1, 1, "dump FILE") || !writableOutput(w[1], why)) return false;
-    if (!writeText(w[1], dumpState(session_).dump(2) + "\n", why)) return false;
+    if (!writeText(w[1], dumpStateText(session_), why)) return false;
   } else {
     why = "unknown command " + echoedText(cmd);
     return false;

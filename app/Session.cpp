@@ -1,9 +1,11 @@
 #include "app/Session.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <set>
 
+#include "app/SettingsCheck.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
@@ -23,12 +25,15 @@ std::string trimmedLine(std::string m) {
 
 // Reads the screen layout. A file that is not one, or is the preferences
 // file, is the user's and is never written: named by hand it stops the
-// start (false, with the reason); found in its default place it is said in
-// a warning, and the session keeps no layout.
+// start (false, with the reason); found in its default place it is kept
+// aside under a name of its own and a new layout begins, or, when it cannot
+// be moved, it is left alone and the session keeps no layout. Each is said
+// in a warning.
 bool readLayout(const std::string& layout, bool namedByHand, std::vector<LayoutFile::SavedGlob>& globs, bool& keeps,
                 std::vector<std::string>& warnings, std::string& why) {
-  std::string refusal;
-  if (sameFile(layout, prefs().path()))
+  std::string refusal, aside, failure;
+  const bool isPreferences = sameFile(layout, prefs().path());
+  if (isPreferences)
     refusal = layout + ": the preferences file, not a layout file";
   else if (LayoutFile::load(layout, globs, refusal))
     return true;
@@ -37,9 +42,32 @@ bool readLayout(const std::string& layout, bool namedByHand, std::vector<LayoutF
     why = refusal + "; nothing is written to it";
     return false;
   }
-  warnings.push_back(refusal + "; it is left as it is, and the screen layout is not saved");
+  if (!isPreferences && keepAside(layout, aside, failure)) {
+    warnings.push_back(refusal + "; kept aside as " + aside + ", and a new layout is begun");
+    return true;
+  }
+  warnings.push_back(refusal + "; it is left as it is" + (failure.empty() ? "" : " (" + failure + ")") +
+                     ", and the screen layout is not saved");
   keeps = false;
   return true;
+}
+
+// The preferences as the tool will read them. The default file, if it is
+// not a preferences file, is kept aside and new preferences begin; values
+// out of range are mended. Each is said in a warning.
+void readPreferences(std::vector<std::string>& warnings) {
+  EditorPreferences& store = prefs();
+  if (const std::string refusal = store.refusal(); !refusal.empty()) {
+    std::string aside, failure;
+    if (store.path() == defaultPreferencesFile() && keepAside(store.path(), aside, failure)) {
+      store.open(store.path(), true);
+      warnings.push_back(refusal + "; kept aside as " + aside + ", and new preferences are begun");
+    } else {
+      warnings.push_back(refusal + "; it is left as it is" + (failure.empty() ? "" : " (" + failure + ")") +
+                         ", and the preferences are not saved");
+    }
+  }
+  for (std::string& line : SettingsCheck::mendPreferences(store)) warnings.push_back(std::move(line));
 }
 
 } // namespace
@@ -51,15 +79,15 @@ std::string defaultLayoutPath() {
 
 Session::~Session() { close(); }
 
-bool Session::open(const std::string& path, double time, const std::string& layoutPath, std::string& why) {
+bool Session::open(const std::string& path, std::optional<double> time, const std::string& layoutPath,
+                   std::string& why) {
   close();
   const std::string layout = layoutPath.empty() ? defaultLayoutPath() : layoutPath;
   std::vector<std::string> warnings;
   std::vector<LayoutFile::SavedGlob> globs;
   bool keepsLayout = true;
   if (!readLayout(layout, !layoutPath.empty(), globs, keepsLayout, warnings, why)) return false;
-  if (const std::string notPreferences = prefs().refusal(); !notPreferences.empty())
-    warnings.push_back(notPreferences + "; it is left as it is, and the preferences are not saved");
+  readPreferences(warnings);
   EditFile::LoadResult loaded = EditFile::load(path);
   if (!loaded.edit) {
     why = loaded.error;
@@ -69,12 +97,12 @@ bool Session::open(const std::string& path, double time, const std::string& layo
   layoutPath_ = layout;
   layoutGiven_ = layoutPath;
   keepsLayout_ = keepsLayout;
-  time_ = time;
+  time_ = time.value_or(0);
   edit_ = loaded.edit;
   warnings_ = std::move(warnings);
   warnings_.insert(warnings_.end(), loaded.warnings.begin(), loaded.warnings.end());
   vob_ = std::make_unique<Vob>(edit_, "main");
-  vob_->storeCurrentTime(time);
+  vob_->storeCurrentTime(time_);
   // The program's one vob both plays and records.
   Vob::setPlayMachine(vob_.get());
   Vob::setRecordMachine(vob_.get());
@@ -83,7 +111,7 @@ bool Session::open(const std::string& path, double time, const std::string& layo
     // What the tool finds wrong with the edit's stored positions as it
     // opens is told with the edit's own warnings.
     LogChannel::Capture log(Log::channel());
-    restoreOrShowPanels(std::move(globs));
+    restoreOrShowPanels(std::move(globs), time.has_value());
     for (const std::string& m : log.messages())
       if (m.starts_with("Position records:")) warnings_.push_back(EditFile::sidecarPath(path) + ": " + trimmedLine(m));
   }
@@ -101,15 +129,33 @@ bool Session::restoresHere(const configb& record) const {
   return record.getCookie("EDIT_COOKIE") == edit_->getCookie();
 }
 
-void Session::restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs) {
+void Session::restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs, bool timeGiven) {
   layout_.clear();
+  auto where = [this](std::size_t index) { return layoutPath_ + ": record " + std::to_string(index + 1); };
+  // The edit opens where its tool was when the layout was saved: the
+  // record that goes back onto this session's vob says when.
+  if (!timeGiven)
+    for (std::size_t i = 0; i < globs.size(); ++i) {
+      configb& r = globs[i].record;
+      if (r.getText("TYPE") != FXGraphTool::getUITypeString() || r.has("VOB_GROUP_ID") ||
+          r.getText("GROUPID") != vob_->getName() || r.getCookie("EDIT_COOKIE") != edit_->getCookie())
+        continue;
+      for (std::string& line : SettingsCheck::mendRecord(r, where(i))) warnings_.push_back(std::move(line));
+      if (r.has("CURRENT_TIME")) vob_->storeCurrentTime(r.getDouble("CURRENT_TIME", 0));
+      break;
+    }
+  // A layout restores a few tools; a file with thousands of records for
+  // this edit would cost time for panels nobody can use.
+  constexpr std::size_t mostPanels = 64;
+  std::size_t offered = 0;
   bool shown = false;
-  for (LayoutFile::SavedGlob& glob : globs) {
-    LayoutSlot slot{std::move(glob), nullptr};
-    const configb& record = slot.saved.record;
+  for (std::size_t i = 0; i < globs.size(); ++i) {
+    LayoutSlot slot{std::move(globs[i]), nullptr};
+    configb& record = slot.saved.record;
     // A panel for another edit, or of another kind, is not this session's
     // to restore: it goes back into the layout as it was.
-    if (restoresHere(record)) {
+    if (restoresHere(record) && ++offered <= mostPanels) {
+      for (std::string& line : SettingsCheck::mendRecord(record, where(i))) warnings_.push_back(std::move(line));
       GlobCreationInfo info;
       info.size = {record.getInt("W"), record.getInt("H")};
       info.border = Border{0, 0, 15};
@@ -125,6 +171,9 @@ void Session::restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs) {
     }
     layout_.push_back(std::move(slot));
   }
+  if (offered > mostPanels)
+    warnings_.push_back(layoutPath_ + ": " + std::to_string(offered) + " tool panels for this edit; the first " +
+                        std::to_string(mostPanels) + " are restored, the others kept as they were");
   // The edit opened always gets its tool.
   if (!shown) FXGraphTool::show();
 }
@@ -132,10 +181,15 @@ void Session::restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs) {
 FXGraphTool* Session::panel() const {
   if (!vob_) return nullptr;
   if (FXGraphTool* own = FXGraphTool::findPanelFor(vob_.get())) return own;
-  // A panel that the layout restored onto another vob group of the edit.
-  for (FXGraphTool* p : FXGraphTool::allPanels_.as<FXGraphTool>())
-    if (p->getVob() && p->getVob()->getEdit() == edit_) return p;
+  const std::vector<Glob*>& roots = GlobManager::roots();
+  for (auto it = roots.rbegin(); it != roots.rend(); ++it)
+    if (auto* tool = dynamic_cast<FXGraphTool*>(*it)) return tool;
   return nullptr;
+}
+
+Vob* Session::focusVob() const {
+  const FXGraphTool* p = panel();
+  return p && p->getVob() ? p->getVob() : vob_.get();
 }
 
 std::vector<std::string> Session::unsavedSettings() const {

@@ -24,11 +24,12 @@ public:
   Session& operator=(const Session&) = delete;
   ~Session();
 
-  // Opens the edit file at a time and shows the tool. `layoutPath` is the
-  // screen-layout file (empty: beside the preferences). False with the
-  // reason (file, line and cause for a bad edit; a layout file named here
-  // that is not one, which is never written over).
-  bool open(const std::string& path, double time, const std::string& layoutPath, std::string& why);
+  // Opens the edit file and shows the tool, at `time` when one is given,
+  // else where the saved layout's tool on this edit was, else at 0.
+  // `layoutPath` is the screen-layout file (empty: beside the preferences).
+  // False with the reason (file, line and cause for a bad edit; a layout
+  // file named here that is not one, which is never written over).
+  bool open(const std::string& path, std::optional<double> time, const std::string& layoutPath, std::string& why);
   // Ends the session as the program's exit does: the layout file gets the
   // live panels, beside the records the session did not restore, kept as
   // they were; then the panels close, and the edit with them; nothing of
@@ -41,9 +42,13 @@ public:
   bool save(std::string& why);
 
   bool isOpen() const noexcept { return edit_ != nullptr; }
-  // The focused panel: the tool on this session's vob, else one that the
-  // layout restored onto another vob group of the edit; null when closed.
+  // The focused panel: the tool on this session's vob, else the topmost
+  // tool on the screen (one the layout restored onto another vob group or
+  // a numbered vob); null when none is open.
   FXGraphTool* panel() const;
+  // The vob that script commands act on: the focused panel's, else the
+  // session's own.
+  Vob* focusVob() const;
   FXGraphView* view() const;
   // Waits for the stills every graph view has asked for, and shows them.
   void finishStills();
@@ -82,7 +87,7 @@ private:
   // Whether a layout record is a tool panel that the session restores: one
   // that would show this edit, on a vob that has no tool yet.
   bool restoresHere(const configb& record) const;
-  void restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs);
+  void restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs, bool timeGiven);
   void writeLayout();
 
   std::string path_;

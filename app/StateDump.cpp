@@ -179,14 +179,28 @@ json dumpState(const Session& session) {
   for (const auto& text : messagesShown()) messages.push_back(toUTF8(text).str());
   doc["messages"] = messages;
   json popups = json::array();
-  for (Glob* root : GlobManager::roots()) {
+  for (Glob* root : GlobManager::rootsInOpeningOrder()) {
     if (dynamic_cast<FXGraphTool*>(root) || dynamic_cast<MenuGlob*>(root)) continue;
     popups.push_back({{"type", root->idstring().str()}, {"title", titleOf(root)}});
   }
   doc["popups"] = popups;
-  doc["routing"] = routingJson(MultiTrackRoutingView::findFor(session.vob()));
+  doc["routing"] = routingJson(MultiTrackRoutingView::findFor(session.focusVob()));
+  const Vob* vob = session.focusVob();
+  const json undo = {{"canUndo", vob && vob->canUndo()}, {"canRedo", vob && vob->canRedo()}};
   const FXGraphView* view = session.view();
-  if (!view) return doc;
+  if (!view) {
+    // Every key is there with no panel open, in the order it has with one.
+    doc["view"] = nullptr;
+    doc["nodes"] = json::array();
+    doc["wires"] = json::array();
+    doc["drag"] = nullptr;
+    doc["focus"] = nullptr;
+    doc["highlighted"] = json::array();
+    doc["navigator"] = nullptr;
+    doc["search"] = nullptr;
+    doc["undo"] = undo;
+    return doc;
+  }
   doc["view"] = {{"zoom", view->getZoom()},
                  {"scale", view->getScale()},
                  {"centre", point(view->getViewCentre())},
@@ -239,9 +253,12 @@ json dumpState(const Session& session) {
   } else {
     doc["search"] = nullptr;
   }
-  const Vob* vob = session.vob();
-  doc["undo"] = {{"canUndo", vob && vob->canUndo()}, {"canRedo", vob && vob->canRedo()}};
+  doc["undo"] = undo;
   return doc;
+}
+
+std::string dumpStateText(const Session& session) {
+  return dumpState(session).dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
 } // namespace fxgraph

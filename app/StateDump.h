@@ -10,5 +10,9 @@ namespace fxgraph {
 // wires, the drag state and the undo state. Ids are IdStamp text forms;
 // numbers are written so that they read back to the same double.
 nlohmann::ordered_json dumpState(const Session& session);
+// The same as the text of a dump file: valid UTF-8 whatever bytes the
+// session holds (a message, a name, typed text), with U+FFFD where bytes
+// were not UTF-8.
+std::string dumpStateText(const Session& session);
 
 } // namespace fxgraph

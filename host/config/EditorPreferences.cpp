@@ -175,9 +175,9 @@ Store& store() {
   return s;
 }
 
-std::string defaultPreferencesFile() { return userConfigFolder() + "/preferences"; }
-
 } // namespace
+
+std::string defaultPreferencesFile() { return userConfigFolder() + "/preferences"; }
 
 EditorPreferences& prefs() {
   Store& s = store();

@@ -89,3 +89,5 @@ FXHOST_API EditorPreferences& prefs();
 FXHOST_API void setPreferencesFile(const std::string& path);
 // The folder of the user's fxgraph settings: $XDG_CONFIG_HOME/fxgraph or ~/.config/fxgraph.
 FXHOST_API std::string userConfigFolder();
+// The preferences file the store reads unless it is given another.
+FXHOST_API std::string defaultPreferencesFile();

@@ -127,6 +127,18 @@ TEST_F(PanelScript, ArrowsWalkTheGraphInBothOrientationsAndGoBackTheWayTheyCame)
   }
 }
 
+// The dump lists popups in the order they opened, whatever their stacking.
+TEST_F(PanelScript, PopupsAreListedInTheOrderTheyOpened) {
+  run("menu 2.0.1 Parameters...");
+  run("menu 2.0.2 Pop out log");
+  const json opened = dump()["popups"];
+  ASSERT_EQ(opened.size(), 2u) << opened.dump();
+  for (Glob* root : std::vector<Glob*>(GlobManager::roots()))
+    if (root->idstring().str() == opened[0]["type"]) GlobManager::raise(root);
+  EXPECT_EQ(GlobManager::roots().back()->idstring().str(), opened[0]["type"]) << "raised";
+  EXPECT_EQ(dump()["popups"], opened);
+}
+
 TEST_F(PanelScript, SpaceReturnAndDeleteActOnTheFocusedEffect) {
   const IdStamp dissolve(2, 0, 1);
   auto active = [&] { return session.edit()->openObject<EffectInstance>(dissolve)->isActive(); };

@@ -67,7 +67,8 @@ struct ProgramRun {
   std::string out;
   std::string err;
 };
-inline ProgramRun runProgram(const std::vector<std::string>& args) {
+// `env`: "NAME=value" settings for the run (XDG_CONFIG_HOME, say).
+inline ProgramRun runProgram(const std::vector<std::string>& args, const std::vector<std::string>& env = {}) {
   auto quoted = [](const std::string& s) {
     std::string q = "'";
     for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -80,7 +81,9 @@ inline ProgramRun runProgram(const std::vector<std::string>& args) {
     return run;
   }
   TempFolder streams;
-  std::string command = quoted(bin);
+  std::string command = "env";
+  for (const auto& e : env) command += " " + quoted(e);
+  command += " " + quoted(bin);
   for (const auto& a : args) command += " " + quoted(a);
   command += " >" + quoted(streams.path("out")) + " 2>" + quoted(streams.path("err"));
   const int raw = std::system(command.c_str());
