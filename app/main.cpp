@@ -1,6 +1,5 @@
 #include <iostream>
 #include <malloc.h>
-#include <pthread.h>
 #include <string>
 #include <vector>
 
@@ -48,37 +47,11 @@ int run(int argc, char** argv) {
   return 2;
 }
 
-// Graphs can be deep (a chain of a hundred thousand effects), and walks down
-// them go as deep: the program runs on a thread with room for that. The
-// room is only address space until a walk uses it.
-struct Run {
-  int argc;
-  char** argv;
-  int status = 0;
-};
-
-void* runThread(void* arg) {
-  Run& r = *static_cast<Run*>(arg);
-  r.status = run(r.argc, r.argv);
-  return nullptr;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-  // One heap for every thread: a thread's own heap grows in small mapped
-  // steps, and the program's thread builds the whole graph.
+  // One heap for every thread: the stills workers would each grow one of
+  // their own, in small mapped steps, beside the heap the graph lives in.
   mallopt(M_ARENA_MAX, 1);
-  constexpr std::size_t stackBytes = std::size_t(1) << 30;
-  Run r{argc, argv};
-  pthread_attr_t attr;
-  pthread_t thread;
-  if (pthread_attr_init(&attr) == 0 && pthread_attr_setstacksize(&attr, stackBytes) == 0 &&
-      pthread_create(&thread, &attr, runThread, &r) == 0) {
-    pthread_attr_destroy(&attr);
-    pthread_join(thread, nullptr);
-    return r.status;
-  }
-  // No such thread to be had: run here, with the stack there is.
   return run(argc, argv);
 }

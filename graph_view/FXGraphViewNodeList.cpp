@@ -8,6 +8,7 @@
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
 #include "graph_view/FXGraphView.h"
+#include "host/edit/EditGraphWalk.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/notify/Log.h"
@@ -180,47 +181,54 @@ int FXGraphView::createViewNodeRecsInternal(EditGraphIterator& at, FXGraphViewNo
 
 int FXGraphView::makeViewNodesOnce(EditGraphIterator& at, FXGraphViewNode* parent, int rootIndex,
                                    std::unordered_set<const FXGraphNodeBase*>& met) {
-  Ux::Ptr<FXGraphNodeBase> graphNode = at.getNode();
-  if (!graphNode) return 0;
   int created = 0;
-  Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId());
-  if (node) {
-    node->ensureNodeHValid();
-  } else {
-    node = createViewNode(at);
-    // Every shown node has its record in the edit's position manager: the
-    // layout writes there and the node follows it.
-    Ux::Ptr<NodeUIPosManager> manager = positionManager();
-    node->followStoredRecord(manager ? manager->createPosRec(graphNode->getId(), edit_->getCookie()) : nullptr);
-    assignPositionFromChannel(node.get());
-    appendNode(node);
-    created = 1;
-  }
-  // The last root that reaches a shared node wins.
-  node->setRootIndex(rootIndex);
-  if (parent) parent->connectInput(at.getParentInputNum(), node.get());
-  if (!met.insert(graphNode.get()).second) return created;
-  for (unsigned i = 0; i < graphNode->getNumInputs(); ++i) {
-    if (!at.moveToInput(static_cast<int>(i))) continue;
-    created += makeViewNodesOnce(at, node.get(), rootIndex, met);
-    at.moveBack();
-  }
+  // The on-screen nodes of the path walked, each the parent of the next.
+  std::vector<FXGraphViewNode*> above{parent};
+  walkInputsDepthFirst(
+      at,
+      [&](EditGraphIterator& here) {
+        Ux::Ptr<FXGraphNodeBase> graphNode = here.getNode();
+        if (!graphNode) return WalkStep::skip;
+        Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId());
+        if (node) {
+          node->ensureNodeHValid();
+        } else {
+          node = createViewNode(here);
+          // Every shown node has its record in the edit's position manager:
+          // the layout writes there and the node follows it.
+          Ux::Ptr<NodeUIPosManager> manager = positionManager();
+          node->followStoredRecord(manager ? manager->createPosRec(graphNode->getId(), edit_->getCookie()) : nullptr);
+          assignPositionFromChannel(node.get());
+          appendNode(node);
+          ++created;
+        }
+        // The last root that reaches a shared node wins.
+        node->setRootIndex(rootIndex);
+        if (above.back()) above.back()->connectInput(here.getParentInputNum(), node.get());
+        if (!met.insert(graphNode.get()).second) return WalkStep::skip;
+        above.push_back(node.get());
+        return WalkStep::descend;
+      },
+      [&](EditGraphIterator&) { above.pop_back(); });
   return created;
 }
 
 void FXGraphView::settleEditability(EditGraphIterator& at, bool lockedAbove,
                                     std::unordered_set<const FXGraphNodeBase*>& met) {
-  Ux::Ptr<FXGraphNodeBase> graphNode = at.getNode();
-  if (!graphNode || !met.insert(graphNode.get()).second) return;
-  if (Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId()))
-    node->determineConnectionEditability(lockedAbove);
-  const auto* effect = dynamic_cast<const EffectInstance*>(graphNode.get());
-  const bool locked = lockedAbove || (effect && !effect->isConnectionEditable());
-  for (int i = static_cast<int>(graphNode->getNumInputs()) - 1; i >= 0; --i) {
-    if (!at.moveToInput(i)) continue;
-    settleEditability(at, locked, met);
-    at.moveBack();
-  }
+  // Whether the path down to each node passes a locked effect.
+  std::vector<bool> locked{lockedAbove};
+  walkInputsDepthFirst(
+      at,
+      [&](EditGraphIterator& here) {
+        Ux::Ptr<FXGraphNodeBase> graphNode = here.getNode();
+        if (!graphNode || !met.insert(graphNode.get()).second) return WalkStep::skip;
+        if (Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(graphNode->getId()))
+          node->determineConnectionEditability(locked.back());
+        const auto* effect = dynamic_cast<const EffectInstance*>(graphNode.get());
+        locked.push_back(locked.back() || (effect && !effect->isConnectionEditable()));
+        return WalkStep::descend;
+      },
+      [&](EditGraphIterator&) { locked.pop_back(); }, true);
 }
 
 Ux::Ptr<FXGraphViewNode> FXGraphView::createViewNode(EditGraphIterator& at) {
@@ -464,15 +472,15 @@ void FXGraphView::updateMinAndMaxPositions() {
 }
 
 void FXGraphView::translateManuallyPositionedNodes(EditGraphIterator& at, double dx, double dy) {
-  if (NodeUIPosRec* rec = getPosRecForNode(at.getNode()->getId())) {
-    const XY<double> p = rec->getDrawPosition();
-    rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
-  }
-  for (unsigned i = 0; i < at.getNode()->getNumInputs(); ++i) {
-    if (!at.moveToInput(static_cast<int>(i))) continue;
-    translateManuallyPositionedNodes(at, dx, dy);
-    at.moveBack();
-  }
+  // Every path below, as the path walk meets them: a shared input moves once
+  // per path that reaches it.
+  walkInputsDepthFirst(at, [&](EditGraphIterator& here) {
+    if (NodeUIPosRec* rec = getPosRecForNode(here.getNode()->getId())) {
+      const XY<double> p = rec->getDrawPosition();
+      rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
+    }
+    return WalkStep::descend;
+  });
 }
 
 void FXGraphView::translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node, double dx, double dy, bool) {
@@ -491,19 +499,17 @@ void FXGraphView::translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node
 
 void FXGraphView::relativeMoveTree(EditGraphIterator& at, double dx, double dy, int rootIndex, NodeUIPosRec** moved,
                                    int& count) {
-  Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(at.getNode()->getId());
-  if (!node || node->rootIndex() != rootIndex) return;
-  NodeUIPosRec* rec = &node->positionRecord();
-  for (int i = count - 1; i >= 0; --i)
-    if (moved[i] == rec) return;
-  moved[count++] = rec;
-  const XY<double> p = node->getPosition();
-  rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
-  for (unsigned i = 0; i < at.getNode()->getNumInputs(); ++i) {
-    if (!at.moveToInput(static_cast<int>(i))) continue;
-    relativeMoveTree(at, dx, dy, rootIndex, moved, count);
-    at.moveBack();
-  }
+  walkInputsDepthFirst(at, [&](EditGraphIterator& here) {
+    Ux::Ptr<FXGraphViewNode> node = findViewRecForNode(here.getNode()->getId());
+    if (!node || node->rootIndex() != rootIndex) return WalkStep::skip;
+    NodeUIPosRec* rec = &node->positionRecord();
+    for (int i = count - 1; i >= 0; --i)
+      if (moved[i] == rec) return WalkStep::skip;
+    moved[count++] = rec;
+    const XY<double> p = node->getPosition();
+    rec->setDrawPosition(XY<double>(p.x + dx, p.y + dy), false);
+    return WalkStep::descend;
+  });
 }
 
 void FXGraphView::flushNodeList() {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <unordered_map>
 
 GraphExaminer::GraphExaminer(NodeUIPosSource& source) : source_(source) {}
@@ -61,40 +60,49 @@ bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
 
   // One visit per node, depth first, inputs in order; false on a cycle.
   bool acyclic = true;
-  std::function<void(int)> visit = [&](int here) {
-    const Ux::Ptr<FXGraphNodeBase> node = nodes[static_cast<std::size_t>(here)].node;
-    onPath[node->getId()] = true;
-    for (unsigned i = 0; i < node->getNumInputs() && acyclic; ++i) {
-      if (!iterator.moveToInput(static_cast<int>(i))) continue;
-      const Ux::Ptr<FXGraphNodeBase> input = iterator.getNode();
-      if (input && input->getId().valid()) {
-        const IdStamp id = input->getId();
-        if (const auto on = onPath.find(id); on != onPath.end() && on->second) {
-          acyclic = false;
-        } else {
-          auto [it, fresh] = index.try_emplace(id, static_cast<int>(nodes.size()));
-          if (fresh) {
-            Node made;
-            made.node = input;
-            made.parent = here;
-            made.slot = static_cast<int>(i);
-            made.firstLevel = nodes[static_cast<std::size_t>(here)].firstLevel + 1;
-            nodes.push_back(std::move(made));
-          }
-          nodes[static_cast<std::size_t>(it->second)].in.push_back({here, it->second, static_cast<int>(i)});
-          if (fresh) visit(it->second);
-        }
-      }
-      iterator.moveBack();
-    }
-    onPath[node->getId()] = false;
-    finished.push_back(here);
-  };
   Node root;
   root.node = start;
   nodes.push_back(std::move(root));
   index.emplace(start->getId(), 0);
-  visit(0);
+  std::vector<int> path; // the nodes walked down through, by index
+  walkInputsDepthFirst(
+      iterator,
+      [&](EditGraphIterator& at) {
+        if (path.empty()) {
+          onPath[start->getId()] = true;
+          path.push_back(0);
+          return WalkStep::descend;
+        }
+        const Ux::Ptr<FXGraphNodeBase> input = at.getNode();
+        if (!acyclic || !input || !input->getId().valid()) return WalkStep::skip;
+        const IdStamp id = input->getId();
+        if (const auto on = onPath.find(id); on != onPath.end() && on->second) {
+          acyclic = false;
+          return WalkStep::skip;
+        }
+        const int here = path.back();
+        const int slot = at.getParentInputNum();
+        auto [it, fresh] = index.try_emplace(id, static_cast<int>(nodes.size()));
+        if (fresh) {
+          Node made;
+          made.node = input;
+          made.parent = here;
+          made.slot = slot;
+          made.firstLevel = nodes[static_cast<std::size_t>(here)].firstLevel + 1;
+          nodes.push_back(std::move(made));
+        }
+        nodes[static_cast<std::size_t>(it->second)].in.push_back({here, it->second, slot});
+        if (!fresh) return WalkStep::skip;
+        onPath[id] = true;
+        path.push_back(it->second);
+        return WalkStep::descend;
+      },
+      [&](EditGraphIterator&) {
+        const int done = path.back();
+        path.pop_back();
+        onPath[nodes[static_cast<std::size_t>(done)].node->getId()] = false;
+        finished.push_back(done);
+      });
   if (!acyclic) return false;
 
   // Longest paths, in topological order (the reverse of finishing order).

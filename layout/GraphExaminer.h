@@ -6,6 +6,7 @@
 #include "host/core/IdStamp.h"
 #include "host/core/Ptr.h"
 #include "host/edit/EditGraphIterator.h"
+#include "host/edit/EditGraphWalk.h"
 #include "host/edit/FXGraphNodeBase.h"
 #include "node_ui/NodeUIPosRec.h"
 #include "node_ui/NodeUIPosSource.h"
@@ -19,19 +20,16 @@
 template <class Visitor>
 void applyToTree(EditGraphIterator& iterator, Visitor& visitor) {
   if (!iterator.isValid()) return;
-  const Ux::Ptr<FXGraphNodeBase> node = iterator.getNode();
-  if (!node || !node->getId().valid()) return;
-  const IdStamp id = node->getId();
-  for (int depth = iterator.getDepth() - 1; depth >= 0; --depth) {
-    const Ux::Ptr<FXGraphNodeBase> above = iterator.getNode(depth);
-    if (above && above->getId() == id) return;
-  }
-  if (!visitor(iterator)) return;
-  for (unsigned i = 0; i < node->getNumInputs(); ++i) {
-    if (!iterator.moveToInput(static_cast<int>(i))) continue;
-    applyToTree(iterator, visitor);
-    iterator.moveBack();
-  }
+  walkInputsDepthFirst(iterator, [&](EditGraphIterator& at) {
+    const Ux::Ptr<FXGraphNodeBase> node = at.getNode();
+    if (!node || !node->getId().valid()) return WalkStep::skip;
+    const IdStamp id = node->getId();
+    for (int depth = at.getDepth() - 1; depth >= 0; --depth) {
+      const Ux::Ptr<FXGraphNodeBase> above = at.getNode(depth);
+      if (above && above->getId() == id) return WalkStep::skip;
+    }
+    return visitor(at) ? WalkStep::descend : WalkStep::skip;
+  });
 }
 
 // Finds where each node under a start node belongs in a tree: its level (the

@@ -4,6 +4,9 @@
 #include <cstdio>
 #include <set>
 #include <string>
+#include <unordered_set>
+
+#include "host/edit/EditGraphWalk.h"
 
 namespace {
 constexpr std::string_view statePrefix = "fxgs1:";
@@ -175,17 +178,26 @@ bool EditGraphIterator::moveBackToCompoundEffect() {
 }
 
 bool EditGraphIterator::searchFrom(const IdStamp& node) {
-  if (path_.back().node->getId() == node) return true;
-  // A cycle back into the path is not followed.
-  for (std::size_t d = 0; d + 1 < path_.size(); ++d)
-    if (path_[d].node == path_.back().node) return false;
-  const unsigned n = path_.back().node->getNumInputs();
-  for (unsigned i = 0; i < n; ++i) {
-    if (!moveToInput(static_cast<int>(i))) continue;
-    if (searchFrom(node)) return true;
-    moveBack();
-  }
-  return false;
+  // Depth first, inputs in order: the first path that reaches the node. A
+  // node searched through without finding it is not searched again from
+  // another path (nothing below it changes with the path, the graph having
+  // no cycle), and a cycle back into the path is not followed.
+  std::unordered_set<const FXGraphNodeBase*> onPath, fruitless;
+  for (std::size_t d = 0; d + 1 < path_.size(); ++d) onPath.insert(path_[d].node.get());
+  return walkInputsDepthFirst(
+      *this,
+      [&](EditGraphIterator& at) {
+        const FXGraphNodeBase* here = at.path_.back().node.get();
+        if (here->getId() == node) return WalkStep::stop;
+        if (onPath.count(here) || fruitless.count(here)) return WalkStep::skip;
+        onPath.insert(here);
+        return WalkStep::descend;
+      },
+      [&](EditGraphIterator& at) {
+        const FXGraphNodeBase* here = at.path_.back().node.get();
+        onPath.erase(here);
+        fruitless.insert(here);
+      });
 }
 
 bool EditGraphIterator::search(const IdStamp& node) {

@@ -1,10 +1,10 @@
 #include "host/render/StillPlan.h"
 
 #include <algorithm>
-#include <functional>
 #include <string>
 #include <unordered_map>
 
+#include "host/edit/EditGraphWalk.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/notify/Log.h"
 #include "host/render/ImageCache.h"
@@ -110,25 +110,25 @@ private:
     if (!at_.isValid()) return false;
     EditGraphIterator at = at_;
     std::unordered_map<const FXGraphNodeBase*, bool> done; // false while on the path
-    std::function<bool()> visit = [&]() {
-      const Ux::Ptr<FXGraphNodeBase> n = at.getNode();
-      if (!n) return false;
-      const auto [it, fresh] = done.try_emplace(n.get(), false);
-      if (!fresh) return !it->second;
-      if (NodePictures::instance().knows(keyFor(*n, at))) {
-        it->second = true;
-        return false;
-      }
-      for (unsigned i = 0; i < n->getNumInputs(); ++i) {
-        if (!at.moveToInput(static_cast<int>(i))) continue;
-        const bool cycle = visit();
-        at.moveBack();
-        if (cycle) return true;
-      }
-      done[n.get()] = true;
-      return false;
-    };
-    return visit();
+    bool cycle = false;
+    walkInputsDepthFirst(
+        at,
+        [&](EditGraphIterator& here) {
+          const Ux::Ptr<FXGraphNodeBase> n = here.getNode();
+          if (!n) return WalkStep::skip;
+          const auto [it, fresh] = done.try_emplace(n.get(), false);
+          if (!fresh) {
+            cycle = !it->second;
+            return cycle ? WalkStep::stop : WalkStep::skip;
+          }
+          if (NodePictures::instance().knows(keyFor(*n, here))) {
+            it->second = true;
+            return WalkStep::skip;
+          }
+          return WalkStep::descend;
+        },
+        [&](EditGraphIterator& here) { done[here.getNode().get()] = true; });
+    return cycle;
   }
 
   int make(const Ux::Ptr<FXGraphNodeBase>& here) {
