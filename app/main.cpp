@@ -7,6 +7,7 @@
 #include "app/NodeUICommand.h"
 #include "app/OpenCommand.h"
 #include "app/RenderCommand.h"
+#include "app/ScriptRunner.h"
 #include "graph_tool/Version.h"
 
 namespace {
@@ -27,7 +28,7 @@ int run(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
   if (args.empty()) return fxgraph::runOpenCommand(fxgraph::examplesFolder() + "/promo.json", std::cout, std::cerr);
   if (args[0] == "--help" || args[0] == "-h") {
-    std::cout << usage;
+    std::cout << usage << "\nscript commands (render --script FILE, one a line):\n" << fxgraph::ScriptRunner::usage();
     return 0;
   }
   if (args[0] == "--version") {
