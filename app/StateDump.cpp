@@ -27,13 +27,13 @@ std::string id(const IdStamp& i) { return i.asString().str(); }
 // The text form of the graph position that addresses the node from its root,
 // as host menus put it in their commands.
 std::string state(const FXGraphViewNode& n) {
-  const FXGraphView* view = n.view();
+  const NodeView* view = n.view();
   if (!view) return {};
   const EditGraphIterator at = view->getIteratorFor(n.getNodeID(), 9);
   return at.isValid() ? at.getState().asString().str() : std::string();
 }
 
-json nodeJson(const FXGraphViewNode& n) {
+json nodeJson(const FXGraphView& view, const FXGraphViewNode& n) {
   json j;
   j["id"] = id(n.getNodeID());
   j["kind"] = printableTypeName(typeid(n)).str();
@@ -43,7 +43,7 @@ json nodeJson(const FXGraphViewNode& n) {
   j["primary"] = n.isPrimary();
   j["active"] = n.getNodeActive();
   j["state"] = state(n);
-  j["description"] = n.view() ? toUTF8(n.view()->describeNode(n)).str() : std::string();
+  j["description"] = toUTF8(view.describeNode(n)).str();
   j["pos"] = point(n.getPosition());
   j["bounds"] = {n.getL(), n.getB(), n.getR(), n.getT()};
   j["pixels"] = box(n.calcPixelExtents());
@@ -213,7 +213,7 @@ json dumpState(const Session& session) {
   json nodes = json::array();
   json wires = json::array();
   for (const auto& n : view->nodes()) {
-    nodes.push_back(nodeJson(*n));
+    nodes.push_back(nodeJson(*view, *n));
     for (const auto& [input, entry] : n->inputTable())
       if (entry.node)
         wires.push_back({{"from", id(entry.node->getNodeID())},

@@ -18,10 +18,11 @@
 #include <cmath>
 #include <cstdint>
 
-#include "graph_view/FXGraphView.h"
+#include "graph_nodes/NodeView.h"
 #include "host/config/Resources.h"
 #include "host/config/StripColours.h"
 #include "host/edit/GraphNodeKinds.h"
+#include "host/ui/Glob.h"
 #include "host/ui/UifStd.h"
 
 const XY<double> FXGraphViewNode::padSize_(0.01, 0.02);
@@ -51,7 +52,7 @@ StripColourManager::StripType typeOf(const FXGraphNodeBase* node) {
 
 // -- construction and identity --------------------------------------------------
 
-FXGraphViewNode::FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at)
+FXGraphViewNode::FXGraphViewNode(NodeView* view, const EditGraphIterator& at)
     : view_(view), node_(at.getNode()), edit_(at.getCurrentPosEdit()) {
   pos_.addDrawFollower(this);
   typeColour_ = StripColourManager::getTypeColour(typeOf(node_.get()));
@@ -79,7 +80,7 @@ void FXGraphViewNode::makeLocator(const EditGraphIterator& at) {
 void FXGraphViewNode::generalUpdateNotify() {
   // The view moves and rebuilds its nodes under their suspension; anyone
   // else's change shows at once.
-  if (view_ && !pos_.notificationsSuspended()) view_->redraw();
+  if (view_ && !pos_.notificationsSuspended()) view_->glob().redraw();
 }
 
 IdStamp FXGraphViewNode::getNodeID() const { return id_; }

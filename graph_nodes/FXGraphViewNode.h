@@ -8,7 +8,7 @@
 //                       hit testing; the wire tables; drawing
 #include <map>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/Box.h"
 #include "host/core/Colour.h"
 #include "host/core/iObject.h"
@@ -19,7 +19,7 @@
 #include "node_ui/NodeUIPosRec.h"
 #include "values/ValClient.h"
 
-class FXGraphView;
+class NodeView;
 
 class GRPHTOOL_API FXGraphViewNode : public NodeUIRecClient,
                                      public FXGraphNodeClient,
@@ -52,7 +52,7 @@ public:
   static constexpr double halfWidth = 0.0625; // graph units: a node is 0.125 wide
   static constexpr double margin = 0.0125;    // above and below the picture area
 
-  FXGraphViewNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewNode(NodeView* view, const EditGraphIterator& at);
   ~FXGraphViewNode() override;
   FXGraphViewNode(const FXGraphViewNode&) = delete;
   FXGraphViewNode& operator=(const FXGraphViewNode&) = delete;
@@ -62,7 +62,7 @@ public:
   virtual IdStamp getNodeID() const;
   const Ux::Ptr<FXGraphNodeBase>& graphNode() const noexcept { return node_; }
   const EditPtr& edit() const noexcept { return edit_; }
-  FXGraphView* view() const noexcept { return view_; }
+  NodeView* view() const noexcept { return view_; }
   const Locator& locator() const noexcept { return locator_; }
   // Reopens the host graph node by id when the pointer was released.
   void ensureNodeHValid();
@@ -187,7 +187,7 @@ public:
   void nodeRecUpdateNotify(const NotifyMsg& msg) override;
 
 protected:
-  FXGraphView* view_;
+  NodeView* view_;
   Ux::Ptr<FXGraphNodeBase> node_;
   EditPtr edit_;
   PixelBox pixelBox_;

@@ -6,8 +6,9 @@
 #include <cstdint>
 
 #include "graph_nodes/FXGraphViewNode.h"
-#include "graph_view/FXGraphView.h"
+#include "graph_nodes/NodeView.h"
 #include "host/config/StripColours.h"
+#include "host/ui/Glob.h"
 #include "host/ui/UifStd.h"
 
 namespace {
@@ -35,14 +36,14 @@ void FXGraphViewNode::draw() {
   drawnLast_ = true;
   const Palette palette(getMainCol());
   PixelBox box = pixelBox_;
-  view_->drawFrame(box, palette.window(6), 1);
+  view_->glob().drawFrame(box, palette.window(6), 1);
   if (!hasThumbnail()) {
     // A node without a picture reads as a double frame.
     box = shrunk(box, 1);
-    view_->drawFrame(box, palette.window(2), 1);
+    view_->glob().drawFrame(box, palette.window(2), 1);
   }
   box = shrunk(box, 1);
-  view_->drawRect(box, getMainCol());
+  view_->glob().drawRect(box, getMainCol());
   drawInputs(false, true);
   drawOutputs();
   drawTitleBar(false);
@@ -84,7 +85,7 @@ bool FXGraphViewNode::pictureColourAtMiddle(const UxImage* picture, Colour& out)
 
 void FXGraphViewNode::drawThumbnailBorder() {
   const PixelBox& t = thumbBox_;
-  view_->drawFrame({t.x0 - 1, t.y0 - 1, t.x1 + 1, t.y1 + 1}, Palette(getMainCol()).window(6), 1);
+  view_->glob().drawFrame({t.x0 - 1, t.y0 - 1, t.x1 + 1, t.y1 + 1}, Palette(getMainCol()).window(6), 1);
 }
 
 Colour FXGraphViewNode::getTitleBarColour() const {
@@ -96,9 +97,9 @@ void FXGraphViewNode::drawTitleBar(bool) {
   const PixelBox rect = getTitleBarRect();
   if (!view_ || !isVisible(rect)) return;
   const Colour colour = getTitleBarColour();
-  view_->drawRect(rect, colour);
+  view_->glob().drawRect(rect, colour);
   // A darker line along its bottom edge sets the bar off from the picture.
-  if (hasThumbnail()) view_->drawRect({rect.x0, rect.y0, rect.x1, rect.y0 + 1}, colour.scaled(0.4));
+  if (hasThumbnail()) view_->glob().drawRect({rect.x0, rect.y0, rect.x1, rect.y0 + 1}, colour.scaled(0.4));
   // Text margin: a quarter of the title bar's height on either side.
   const int margin = static_cast<int>(view_->getScale() * titleBarHeight / 4);
   view_->drawText({rect.x0 + margin, rect.y0, rect.x1 - margin, rect.y1}, getTitleStr(),
@@ -122,7 +123,7 @@ void FXGraphViewNode::drawOutputs() {
 }
 
 Colour FXGraphViewNode::getPadCol(bool input) const {
-  if (input) return padHighlight_ ? highlightedPad : (view_ ? view_->getCol() : Palette::schemeWindow());
+  if (input) return padHighlight_ ? highlightedPad : (view_ ? view_->glob().getCol() : Palette::schemeWindow());
   return view_ && view_->getOrientation() != 0 ? getTitleBarColour() : getMainCol();
 }
 
@@ -141,7 +142,7 @@ void FXGraphViewNode::drawConnectionPad(XY<int> position, FXGraphViewNode* other
   // A connected input takes the colour of the node that feeds it.
   const Colour colour = input && other ? other->getMainCol() : getPadCol(input);
   const Palette shades(colour);
-  CanvasRenderer renderer = view_->canvas().renderer();
+  CanvasRenderer renderer = view_->glob().canvas().renderer();
   Glib::DiscDescription disc;
   disc.centre = position;
   disc.radius = r;

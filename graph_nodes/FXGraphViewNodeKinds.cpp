@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "graph_view/FXGraphView.h"
+#include "graph_nodes/NodeView.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/edit/ProjectDatabase.h"
 #include "host/render/ImageCache.h"
@@ -14,13 +14,14 @@
 #include "host/render/StillsCache.h"
 #include "host/render/VidRenderUtils.h"
 #include "host/render/VideoFormats.h"
+#include "host/ui/Glob.h"
 
 namespace {
 
 // Draws the picture into the box (view pixels) and reports the box as changed.
-void renderInto(FXGraphView* view, const FXGraphViewNode::PixelBox& box, const Ux::Ptr<UxImage>& picture) {
+void renderInto(NodeView* view, const FXGraphViewNode::PixelBox& box, const Ux::Ptr<UxImage>& picture) {
   if (!view || !picture) return;
-  CanvasRenderer renderer = view->canvas().renderer();
+  CanvasRenderer renderer = view->glob().canvas().renderer();
   renderer.renderPrimitive(Glib::ImageDescription{box, UxImageWrapper::create(picture)});
   renderer.addModifiedArea(box);
 }
@@ -29,8 +30,7 @@ void renderInto(FXGraphView* view, const FXGraphViewNode::PixelBox& box, const U
 
 // -- thumb nodes ------------------------------------------------------------------
 
-FXGraphViewThumbNode::FXGraphViewThumbNode(FXGraphView* view, const EditGraphIterator& at)
-    : FXGraphViewNode(view, at) {}
+FXGraphViewThumbNode::FXGraphViewThumbNode(NodeView* view, const EditGraphIterator& at) : FXGraphViewNode(view, at) {}
 
 Ux::Ptr<UxImage> FXGraphViewThumbNode::updateCachedStill(EditGraphIterator at) {
   // The edit's picture format with the node's shape, rendered at the size of
@@ -52,7 +52,7 @@ Ux::Ptr<UxImage> FXGraphViewThumbNode::updateCachedStill(EditGraphIterator at) {
   Render::RenderContext fresh(at, format);
   if (getViewLUTEnabled()) fresh.setViewLUT(getViewLUT());
   if (view_ && view_->stillsInBackground()) {
-    view_->requestStill(getNodeID(), FXGraphView::thumbnailStill, fresh);
+    view_->requestStill(getNodeID(), NodeView::thumbnailStill, fresh);
     return nullptr;
   }
   still = Render::VidRenderUtils::renderStill(fresh);
@@ -68,7 +68,7 @@ void FXGraphViewThumbNode::drawThumbnail(const EditGraphIterator& at) {
     if (shown_ && shown_->width() == thumbBox_.width() && shown_->height() == thumbBox_.height())
       renderInto(view_, thumbBox_, shown_);
     else if (view_)
-      view_->drawRect(thumbBox_, getMainCol().scaled(0.6));
+      view_->glob().drawRect(thumbBox_, getMainCol().scaled(0.6));
     return;
   }
   const VideoFormat square =
@@ -81,8 +81,7 @@ bool FXGraphViewThumbNode::thumbnailColour(Colour& out) const { return pictureCo
 
 // -- material nodes ---------------------------------------------------------------
 
-FXGraphViewMatNode::FXGraphViewMatNode(FXGraphView* view, const EditGraphIterator& at)
-    : FXGraphViewThumbNode(view, at) {
+FXGraphViewMatNode::FXGraphViewMatNode(NodeView* view, const EditGraphIterator& at) : FXGraphViewThumbNode(view, at) {
   Ux::Ptr<FXGraphNodeBase> n = at.getNode();
   materialId_ = n ? n->getId() : IdStamp();
   // Sound has no picture to show.
@@ -110,8 +109,7 @@ LightweightString<wchar_t> FXGraphViewMatNode::getTitleStr() const {
 
 // -- image nodes ------------------------------------------------------------------
 
-FXGraphViewImageNode::FXGraphViewImageNode(FXGraphView* view, const EditGraphIterator& at)
-    : FXGraphViewNode(view, at) {}
+FXGraphViewImageNode::FXGraphViewImageNode(NodeView* view, const EditGraphIterator& at) : FXGraphViewNode(view, at) {}
 
 void FXGraphViewImageNode::drawThumbnail(const EditGraphIterator& at) {
   Ux::Ptr<FXGraphNodeBase> n = at.getNode();
@@ -138,7 +136,7 @@ bool FXGraphViewImageNode::thumbnailColour(Colour& out) const { return pictureCo
 
 // -- colour mattes ----------------------------------------------------------------
 
-FXGraphViewColourMatteNode::FXGraphViewColourMatteNode(FXGraphView* view, const EditGraphIterator& at)
+FXGraphViewColourMatteNode::FXGraphViewColourMatteNode(NodeView* view, const EditGraphIterator& at)
     : FXGraphViewNode(view, at) {}
 
 void FXGraphViewColourMatteNode::drawThumbnail(const EditGraphIterator& at) {
@@ -148,7 +146,7 @@ void FXGraphViewColourMatteNode::drawThumbnail(const EditGraphIterator& at) {
   const Colour c = matte->getColour(at.getTime(), 0);
   shown_ = Colour(c.r, c.g, c.b);
   drawn_ = true;
-  CanvasRenderer renderer = view_->canvas().renderer();
+  CanvasRenderer renderer = view_->glob().canvas().renderer();
   renderer.renderPrimitive(Glib::RectDescription{thumbBox_, fromColour(shown_)});
   renderer.addModifiedArea(thumbBox_);
 }
@@ -160,8 +158,7 @@ bool FXGraphViewColourMatteNode::thumbnailColour(Colour& out) const {
 
 // -- alias nodes ------------------------------------------------------------------
 
-FXGraphViewAliasNode::FXGraphViewAliasNode(FXGraphView* view, const EditGraphIterator& at)
-    : FXGraphViewNode(view, at) {}
+FXGraphViewAliasNode::FXGraphViewAliasNode(NodeView* view, const EditGraphIterator& at) : FXGraphViewNode(view, at) {}
 
 Colour FXGraphViewAliasNode::getMainCol() const {
   // The plain panel colour: an alias reads as a placeholder.

@@ -11,7 +11,7 @@
 // An effect whose output is shown as a rendered still.
 class GRPHTOOL_API FXGraphViewThumbNode : public FXGraphViewNode {
 public:
-  FXGraphViewThumbNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewThumbNode(NodeView* view, const EditGraphIterator& at);
   bool hasThumbnail() const override { return true; }
   using FXGraphViewNode::drawThumbnail;
   void drawThumbnail(const EditGraphIterator& at) override;
@@ -27,7 +27,7 @@ private:
 // A source material used in the edit.
 class GRPHTOOL_API FXGraphViewMatNode : public FXGraphViewThumbNode {
 public:
-  FXGraphViewMatNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewMatNode(NodeView* view, const EditGraphIterator& at);
   IdStamp getNodeID() const override { return materialId_; }
   LightweightString<wchar_t> getTitleStr() const override;
   bool hasThumbnail() const override { return thumbnail_; }
@@ -40,7 +40,7 @@ private:
 // An imported still image.
 class GRPHTOOL_API FXGraphViewImageNode : public FXGraphViewNode {
 public:
-  FXGraphViewImageNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewImageNode(NodeView* view, const EditGraphIterator& at);
   bool hasThumbnail() const override { return true; }
   using FXGraphViewNode::drawThumbnail;
   void drawThumbnail(const EditGraphIterator& at) override;
@@ -58,7 +58,7 @@ private:
 // A flat background colour.
 class GRPHTOOL_API FXGraphViewColourMatteNode : public FXGraphViewNode {
 public:
-  FXGraphViewColourMatteNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewColourMatteNode(NodeView* view, const EditGraphIterator& at);
   bool hasThumbnail() const override { return true; }
   using FXGraphViewNode::drawThumbnail;
   void drawThumbnail(const EditGraphIterator& at) override;
@@ -72,7 +72,7 @@ private:
 // An aliased input: reads as a placeholder.
 class GRPHTOOL_API FXGraphViewAliasNode : public FXGraphViewNode {
 public:
-  FXGraphViewAliasNode(FXGraphView* view, const EditGraphIterator& at);
+  FXGraphViewAliasNode(NodeView* view, const EditGraphIterator& at);
   Colour getMainCol() const override;
 };
 

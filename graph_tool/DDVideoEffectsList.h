@@ -1,7 +1,7 @@
 #pragma once
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/render/TemplateMatcher.h"
 #include "host/ui/EffectsBrowser.h"
 

@@ -188,6 +188,7 @@ void FXGraphTool::postInit() {
   addChild(orientationMenu_, RightOf(gap(), tidyButton_));
 
   view_ = new FXGraphView(getVob(), calcMainViewSize(), getPalette());
+  view_->setHost(this);
   addChild(view_, UserTopRight(0, 0));
 
   redoButton_ = new ImageButton(getIconPath("redo.png"), "redoBtn", row());
@@ -407,6 +408,15 @@ void FXGraphTool::toggleTemplates() {
   resize(w, height());
   Drawable::enableRedraws();
   reshapeAndDraw(unsetPoint);
+}
+
+bool FXGraphTool::runItemCommand(const LightweightString<char>& message) {
+  return GraphItemCommands::handle(getVob(), message, getPalette());
+}
+
+const TemplateMatcher& FXGraphTool::searchMatcher() const {
+  static const VideoTemplateMatcher video;
+  return video;
 }
 
 VobClient* FXGraphTool::popOutItem(EditGraphIterator& at, PopOutItem kind) {

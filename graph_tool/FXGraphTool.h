@@ -8,9 +8,10 @@
 //   size and layout ........... calcSize, getUserArea, calcMainViewSize, resize
 //   commands .................. handleMessageEvent, setAutoPosition, handleZoom
 //   saved state ............... dump, load
+#include "GrphToolApi.h"
 #include "graph_tool/DDVideoEffectsList.h"
-#include "graph_tool/GrphToolApi.h"
 #include "graph_view/FXGraphView.h"
+#include "graph_view/ViewHost.h"
 #include "host/config/configb.h"
 #include "host/core/DLList.h"
 #include "host/edit/EditGraphIterator.h"
@@ -22,7 +23,7 @@ class DropDownMenuButton;
 class ImageButton;
 class PushButton;
 
-class GRPHTOOL_API FXGraphTool : public StandardPanel, public VobClient, public DLListRec {
+class GRPHTOOL_API FXGraphTool : public StandardPanel, public VobClient, public DLListRec, public ViewHost {
 public:
   struct GRPHTOOL_API InitArgs : StandardPanel::InitArgs {
     explicit InitArgs(Vob* vob_ = nullptr) : vob(vob_) {}
@@ -76,6 +77,11 @@ public:
   bool handleKeyEvent(const Event& e) override;
   bool handleTimerEvent(const Event& e) override;
   void handleModifications(const EditModifications& mods, const VobModification& vobMod) override;
+
+  // What the view asks of its panel (ViewHost): graph-item commands run as
+  // the panel's menus run them, and the video templates.
+  bool runItemCommand(const LightweightString<char>& message) override;
+  const TemplateMatcher& searchMatcher() const override;
 
   void setAutoPosition(bool on);
   void updateTidyButton();

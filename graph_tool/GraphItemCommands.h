@@ -1,5 +1,5 @@
 #pragma once
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/Palette.h"
 #include "host/edit/EditGraphIterator.h"
 #include "host/edit/Vob.h"

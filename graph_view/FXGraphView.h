@@ -24,8 +24,9 @@
 #include <unordered_set>
 #include <vector>
 
+#include "GrphToolApi.h"
 #include "graph_nodes/FXGraphViewNode.h"
-#include "graph_tool/GrphToolApi.h"
+#include "graph_nodes/NodeView.h"
 #include "host/core/Vector.h"
 #include "host/edit/CelEventPair.h"
 #include "host/edit/Vob.h"
@@ -42,14 +43,18 @@
 
 class ScrollBar;
 
+class ViewHost;
+
 class GRPHTOOL_API FXGraphView : public Glob,
                                  public VobClient,
                                  public NodeUIManagerClient,
                                  public ValManager<double, FXGraphView>,
                                  public NodeUIPosSource,
-                                 public DragDropDestination {
+                                 public DragDropDestination,
+                                 public NodeView {
 public:
   using Orientation = VidRouting::Orientations::Orientation;
+  using PixelBox = Glob::PixelBox;
   using GraphBox = Ux::Box<double, Ux::BottomUpTraits>;
   enum eEdgeType { eNormalEdge = 0, eHighlightEdge = 1 };
   // resetView: a zero redraw flag always asks for an update; refit flags as
@@ -72,19 +77,19 @@ public:
   // -- focus --------------------------------------------------------------------
   // Shows an edit (scope whole edit, or the tree under one node) and rebuilds.
   void setEditFocus(const EditPtr& edit, const IdStamp& focusNode = {}, int scope = wholeEdit);
-  const EditPtr& getEdit() const noexcept { return edit_; }
+  const EditPtr& getEdit() const noexcept override { return edit_; }
   int scope() const noexcept { return scope_; }
   double currentTime() const;
   int getPrimaryChanIx() const;
 
   // -- geometry (graph units <-> view pixels) -----------------------------------
   Ux::Box<int, Ux::BottomUpTraits> getWindowPos() const;
-  void graphToViewSpace(double x, double y, double& vx, double& vy) const;
-  XY<double> graphToViewSpace(const XY<double>& p) const;
+  void graphToViewSpace(double x, double y, double& vx, double& vy) const override;
+  XY<double> graphToViewSpace(const XY<double>& p) const override;
   void viewToGraphSpace(double vx, double vy, double& x, double& y) const;
   XY<double> viewToGraphSpace(const XY<double>& p) const;
   XY<int> graphToPixels(double x, double y) const;
-  bool clipRectToView(int& l, int& b, int& r, int& t) const;
+  bool clipRectToView(int& l, int& b, int& r, int& t) const override;
   void constrainToCanvas(double& x, double& y) const;
   void constrainToCanvas(XY<double>& p) const { constrainToCanvas(p.x, p.y); }
   virtual void setViewCentre(double x, double y);
@@ -112,7 +117,7 @@ public:
   void handleScrollbarMsg(ScrollBar* bar, const LightweightString<char>& msg);
 
   double getZoom() const noexcept { return zoom_.getValue(); }
-  double getScale() const noexcept { return scale_; }
+  double getScale() const noexcept override { return scale_; }
   XY<double> getViewCentre() const noexcept { return centre_.getValue(); }
   const GraphBox& canvasRect() const noexcept { return canvas_; }
   int getMaxNodeSize() const noexcept { return maxNodeSize_; }
@@ -156,7 +161,7 @@ public:
   void translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node, double dx, double dy, bool);
   void relativeMoveTree(EditGraphIterator& at, double dx, double dy, int rootIndex, NodeUIPosRec** moved, int& count);
   void flushNodeList();
-  EditGraphIterator getIteratorFor(const IdStamp& id, int flags) const;
+  EditGraphIterator getIteratorFor(const IdStamp& id, int flags) const override;
   EditGraphIterator getIteratorFor(const Ux::Ptr<FXGraphNodeBase>& node, int flags) const;
   const std::vector<Ux::Ptr<FXGraphViewNode>>& nodes() const noexcept { return nodes_; }
   // The extreme nodes of the last updateMinAndMaxPositions: min x, max x, min y, max y.
@@ -183,7 +188,8 @@ public:
   double fadeProgress() const noexcept { return fadeProgress_; }
   // Text in a box of view pixels (the nodes' titles and labels).
   void drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
-                const LightweightString<char>& font, int pointSize = 0);
+                const LightweightString<char>& font, int pointSize = 0) override;
+  Glob& glob() override { return *this; }
   // The structure time range (1e99 in the first: none known).
   void setStructureRange(double from, double to) noexcept { structure_[0] = from, structure_[1] = to; }
   void calcMorphologyExtents();
@@ -196,6 +202,10 @@ public:
   bool removeDraggedIFConnection();
   // The drag state: the anchor node (null when no wire is dragged), its pad,
   // and whether the wire hangs from an input.
+  // The panel that holds the view, for what the view asks of it (commands
+  // on graph items, the templates search to add offers); none when alone.
+  void setHost(ViewHost* host) noexcept { host_ = host; }
+
   const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return anchor_; }
   int dragAnchorPad() const noexcept { return anchorPad_; }
   bool dragAnchoredAtInput() const noexcept { return anchoredAtInput_; }
@@ -287,12 +297,11 @@ public:
   // before, or a placeholder, until its still is ready, and then only that
   // node is drawn again. With the background off, stills are made while the
   // view draws.
-  enum Still { thumbnailStill = 0, previewStill = 1 };
   void setStillsInBackground(bool on) noexcept { stillsInBackground_ = on; }
-  bool stillsInBackground() const noexcept { return stillsInBackground_; }
+  bool stillsInBackground() const noexcept override { return stillsInBackground_; }
   // Asks for the still of a node (or of the preview) in the background;
   // false when it is under way already.
-  bool requestStill(const IdStamp& node, Still what, const Render::RenderContext& context);
+  bool requestStill(const IdStamp& node, Still what, const Render::RenderContext& context) override;
   // Stills asked for and not yet shown.
   std::size_t stillsPending() const;
   // Shows the stills made since the last call.
@@ -418,6 +427,7 @@ private:
   void startFade(std::vector<IdStamp> ids);
 
   // The drag state.
+  ViewHost* host_ = nullptr; // not owned: the panel owns the view
   Ux::Ptr<FXGraphViewNode> anchor_;
   int anchorPad_ = 0;
   bool anchoredAtInput_ = false;

@@ -13,8 +13,8 @@
 #include <cmath>
 #include <string>
 
-#include "graph_tool/GraphItemCommands.h"
 #include "graph_view/FXGraphView.h"
+#include "graph_view/ViewHost.h"
 #include "host/edit/EffectInstance.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
@@ -101,8 +101,8 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   case Event::keyReturn: {
     auto* effect = dynamic_cast<EffectInstance*>(focus->graphNode().get());
     if (effect && !dynamic_cast<AliasedInputEffect*>(effect))
-      GraphItemCommands::handle(
-          getVob(), EffectMenuItems::commandFor("fxutr", "params", getIteratorFor(keyFocus_, atNode)), getPalette());
+      if (host_)
+        host_->runItemCommand(EffectMenuItems::commandFor("fxutr", "params", getIteratorFor(keyFocus_, atNode)));
     return true;
   }
   case Event::keySpace:
@@ -118,8 +118,7 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
         break;
       }
     const IdStamp gone = keyFocus_;
-    GraphItemCommands::handle(
-        getVob(), EffectMenuItems::commandFor("fxutr", "remove_utr", getIteratorFor(gone, atNode)), getPalette());
+    if (host_) host_->runItemCommand(EffectMenuItems::commandFor("fxutr", "remove_utr", getIteratorFor(gone, atNode)));
     if (!findViewRecForNode(gone)) setKeyboardFocus(next);
     return true;
   }

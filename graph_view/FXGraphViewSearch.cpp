@@ -3,9 +3,9 @@
 // node.
 #include <algorithm>
 
-#include "graph_tool/DDVideoEffectsList.h"
 #include "graph_view/FXGraphView.h"
 #include "graph_view/TemplateSearch.h"
+#include "graph_view/ViewHost.h"
 #include "host/render/EffectTemplateManager.h"
 
 namespace {
@@ -48,9 +48,9 @@ struct FXGraphView::SearchTemplates {
   std::vector<EffectTemplateSummary> all;
   TemplateSearch::Catalogue catalogue;
 
-  static std::shared_ptr<const SearchTemplates> gather() {
+  static std::shared_ptr<const SearchTemplates> gather(const TemplateMatcher& matcher) {
     std::vector<EffectCategory> categories;
-    TheEffectTemplateManager::Instance().getCategories(categories, VideoTemplateMatcher(), 1);
+    TheEffectTemplateManager::Instance().getCategories(categories, matcher, 1);
     std::vector<EffectTemplateSummary> all;
     std::vector<std::wstring> names;
     for (const EffectCategory& c : categories)
@@ -63,7 +63,9 @@ struct FXGraphView::SearchTemplates {
 };
 
 void FXGraphView::updateSearchResults() {
-  if (!search_.templates) search_.templates = SearchTemplates::gather();
+  // The panel says which templates are on offer; a view on its own offers all.
+  static const TemplateMatcher everything;
+  if (!search_.templates) search_.templates = SearchTemplates::gather(host_ ? host_->searchMatcher() : everything);
   search_.results.clear();
   for (std::size_t i : search_.templates->catalogue.rank(search_.query))
     search_.results.push_back(search_.templates->all[i]);

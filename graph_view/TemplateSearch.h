@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 
 namespace TemplateSearch {
 

@@ -8,7 +8,7 @@
 // and wires.
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/XY.h"
 
 class GRPHTOOL_API FXGraphArranger {

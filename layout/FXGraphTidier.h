@@ -2,7 +2,7 @@
 #include <array>
 #include <map>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/Box.h"
 #include "host/core/IdStamp.h"
 #include "host/core/XY.h"

@@ -2,7 +2,7 @@
 #include <map>
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/IdStamp.h"
 #include "host/core/Ptr.h"
 #include "host/edit/EditGraphIterator.h"

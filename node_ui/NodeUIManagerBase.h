@@ -1,7 +1,7 @@
 #pragma once
 #include <unordered_map>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/DLList.h"
 #include "host/edit/Edit.h"
 #include "host/notify/NotifyWithDisable.h"

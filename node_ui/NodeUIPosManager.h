@@ -1,5 +1,5 @@
 #pragma once
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "node_ui/NodeUIManagerBase.h"
 #include "node_ui/NodeUIPosRec.h"
 #include "node_ui/VidRouting.h"

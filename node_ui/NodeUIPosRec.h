@@ -1,7 +1,7 @@
 #pragma once
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/XY.h"
 #include "node_ui/NodeUIRecBase.h"
 #include "values/ValClient.h"

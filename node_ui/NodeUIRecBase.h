@@ -1,5 +1,5 @@
 #pragma once
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/Cookie.h"
 #include "host/core/DLList.h"
 #include "host/core/IdStamp.h"

@@ -1,5 +1,5 @@
 #pragma once
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/core/LightweightString.h"
 
 namespace VidRouting {

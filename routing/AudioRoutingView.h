@@ -6,7 +6,7 @@
 // or off, and a right click offers the effect's commands.
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "host/edit/CelEventPair.h"
 #include "host/edit/CompoundEffectMonitor.h"
 #include "host/edit/EditModification.h"

@@ -5,7 +5,7 @@
 // monitor: its tracks, its current track and its changes.
 #include <vector>
 
-#include "graph_tool/GrphToolApi.h"
+#include "GrphToolApi.h"
 #include "graph_view/FXGraphView.h"
 #include "host/edit/CompoundEffectMonitor.h"
 #include "host/ui/StandardPanel.h"

@@ -2,8 +2,6 @@
 
 #include <charconv>
 
-#include "host/stream/StreamFile.h"
-
 LightweightString<char> IdStamp::asString() const { return formatText("%u.%u.%u", a_, b_, c_); }
 
 bool IdStamp::fromString(std::string_view text, IdStamp& out) {
@@ -23,21 +21,4 @@ bool IdStamp::fromString(std::string_view text, IdStamp& out) {
   if (p != end) return false;
   out = IdStamp(parts[0], parts[1], parts[2]);
   return true;
-}
-
-void IdStamp::pack(StreamFile& s) const {
-  s.setUnsignedLong(a_);
-  s.setUnsignedLong(b_);
-  s.setUnsignedLong(c_);
-}
-
-void IdStamp::unpack(StreamFile& s, unsigned char encoding) {
-  if (encoding != currentEncoding) {
-    s.failRead(formatText(" Unknown IdStamp encoding %u.", static_cast<unsigned>(encoding)));
-    return;
-  }
-  const uint32_t a = s.getUnsignedLong();
-  const uint32_t b = s.getUnsignedLong();
-  const uint32_t c = s.getUnsignedLong();
-  if (!s.error()) *this = IdStamp(a, b, c);
 }

@@ -28,6 +28,7 @@ public:
   static bool fromString(std::string_view text, IdStamp& out);
 
   // Writes the three numbers (the caller writes the encoding byte first).
+  // Defined with the streams (host/stream/IdStampPacking.cpp).
   void pack(StreamFile& s) const;
   // Reads the numbers of the given encoding; an unknown encoding sets the
   // stream's error with a message and leaves the id unchanged.

@@ -5,7 +5,7 @@
 #include "host/config/Resources.h"
 #include "host/edit/EffectInstance.h"
 #include "host/edit/TransitStatus.h"
-#include "host/ui/MessageBox.h"
+#include "host/notify/Diagnostics.h"
 
 namespace GenericParam {
 namespace {
@@ -38,7 +38,7 @@ bool ParamBase::requestValueChange(double value) {
   std::vector<double> values = fx->paramValues(key_);
   if (index_ >= values.size()) return false;
   if (vob_->isReadOnly()) {
-    makeMessage(resourceStrW(13029));
+    Diagnostics::tellUser(resourceStrW(13029));
     return false;
   }
   const EditPtr edit = vob_->getEdit();

@@ -8,15 +8,15 @@
 #include "host/edit/ProjectDatabase.h"
 #include "host/edit/TransitStatus.h"
 #include "host/edit/Vob.h"
+#include "host/notify/Diagnostics.h"
 #include "host/notify/Log.h"
 #include "host/render/VidRenderUtils.h"
-#include "host/ui/MessageBox.h"
 
 namespace {
 
 Ux::Ptr<MaterialUsageNode> refuse(const std::string& why, const Palette& palette) {
   Log::printf("Import render: %s", why.c_str());
-  if (GlobManager::initialised()) makeMessage(resourceStrW(13045) + toWide(why), palette);
+  Diagnostics::tellUser(resourceStrW(13045) + toWide(why), palette);
   return nullptr;
 }
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <memory>
 
+#include "host/notify/Diagnostics.h"
 #include "host/ui/DragDrop.h"
 #include "host/ui/HostClock.h"
+#include "host/ui/MessageBox.h"
 
 namespace {
 
@@ -97,6 +99,9 @@ void GlobManager::initialise(int width, int height) {
   if (!screen) screen = new Screen;
   screen->surface = std::make_unique<ScreenSurface>(width, height);
   screen->invalid = true;
+  // What model code has to tell the user comes up in a message box.
+  Diagnostics::setUserMessageHandler(
+      [](const LightweightString<wchar_t>& text, const Palette& palette) { makeMessage(text, palette); });
 }
 
 void GlobManager::shutdown() {
@@ -110,6 +115,7 @@ void GlobManager::shutdown() {
   }
   delete screen;
   screen = nullptr;
+  Diagnostics::setUserMessageHandler(nullptr);
 }
 
 bool GlobManager::initialised() { return screen && screen->surface; }
