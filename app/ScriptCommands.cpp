@@ -15,6 +15,7 @@
 #include "app/ScriptRunner.h"
 #include "app/ScriptText.h"
 #include "app/StateDump.h"
+#include "graph_view/TemplateDrops.h"
 #include "host/config/Resources.h"
 #include "host/core/EchoedText.h"
 #include "host/stream/AtomicFiles.h"
@@ -361,7 +362,7 @@ bool ScriptRunner::drop(const ScriptLine& line, std::string& why) {
     }
     bringIntoView(*dest);
     XY<int> at;
-    if (!view->clearPointOnWire(to, input, at)) {
+    if (!view->drops().clearPointOnWire(to, input, at)) {
       why = "the wire from " + w[n - 3] + " to " + w[n - 2] + " is hidden under nodes or outside the view";
       return false;
     }

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "app/SettingsCheck.h"
+#include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
@@ -218,7 +219,7 @@ FXGraphView* Session::view() const {
 
 void Session::finishStills() {
   for (FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>())
-    if (FXGraphView* v = panel->getView()) v->finishStills();
+    if (FXGraphView* v = panel->getView()) v->stills().finish();
   GlobManager::update();
 }
 

@@ -1,5 +1,8 @@
 #include "app/StateDump.h"
 
+#include "graph_view/HoverHints.h"
+#include "graph_view/Navigator.h"
+#include "graph_view/SearchToAdd.h"
 #include "host/edit/EffectInstance.h"
 #include "host/stream/StreamableTraits.h"
 #include "host/ui/Checkbox.h"
@@ -43,7 +46,7 @@ json nodeJson(const FXGraphView& view, const FXGraphViewNode& n) {
   j["primary"] = n.isPrimary();
   j["active"] = n.getNodeActive();
   j["state"] = state(n);
-  j["description"] = toUTF8(view.describeNode(n)).str();
+  j["description"] = toUTF8(view.hints().describeNode(n)).str();
   j["pos"] = point(n.getPosition());
   j["bounds"] = {n.getL(), n.getB(), n.getR(), n.getT()};
   j["pixels"] = box(n.calcPixelExtents());
@@ -225,7 +228,7 @@ json dumpState(const Session& session) {
   doc["wires"] = wires;
   if (view->dragAnchor()) {
     json accepts = json::array();
-    for (const FXGraphView::PadRef& pad : view->acceptingPads())
+    for (const FXGraphView::PadRef& pad : view->hints().acceptingPads())
       accepts.push_back(pad.atInput ? json{{"node", id(pad.node)}, {"input", pad.index}, {"atInput", true}}
                                     : json{{"node", id(pad.node)}, {"output", pad.index}, {"atInput", false}});
     doc["drag"] = {{"anchor", id(view->dragAnchor()->getNodeID())},
@@ -238,13 +241,13 @@ json dumpState(const Session& session) {
   const IdStamp& focus = view->keyboardFocus();
   doc["focus"] = focus.valid() && view->findViewRecForNode(focus) ? json(id(focus)) : json(nullptr);
   json highlighted = json::array();
-  for (const IdStamp& h : view->highlightedNodes()) highlighted.push_back(id(h));
+  for (const IdStamp& h : view->hints().highlighted()) highlighted.push_back(id(h));
   doc["highlighted"] = highlighted;
   Glob::PixelBox navigator, framed;
-  doc["navigator"] = view->navigatorGeometry(navigator, framed)
+  doc["navigator"] = view->navigator().geometry(navigator, framed)
                          ? json{{"pixels", box(navigator)}, {"window", box(framed)}}
                          : json(nullptr);
-  if (const FXGraphView::Search* search = view->search()) {
+  if (const SearchToAdd::Search* search = view->searchField().search()) {
     json results = json::array();
     for (const EffectTemplateSummary& t : search->results) results.push_back(toUTF8(t.name).str());
     doc["search"] = {{"query", toUTF8(LightweightString<wchar_t>(search->query)).str()},

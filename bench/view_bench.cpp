@@ -13,6 +13,7 @@
 
 #include "app/EditGenerator.h"
 #include "graph_view/FXGraphView.h"
+#include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
 #include "host/ui/GlobManager.h"
 
@@ -30,7 +31,7 @@ public:
     view_->recalcNodeList(false);
     view_->resetView(1, 0);
     view_->draw();
-    view_->finishStills(); // thumbnails made once, then served from the stills cache
+    view_->stills().finish(); // thumbnails made once, then served from the stills cache
   }
   ~Scene() {
     GlobManager::requestDeletion(view_);

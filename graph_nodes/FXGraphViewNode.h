@@ -99,7 +99,6 @@ public:
   GraphBox getBounds(bool pixels) const;
   PixelBox calcPixelExtents() const;
   const PixelBox& pixelBox() const noexcept { return pixelBox_; }
-  void setPixelBox(const PixelBox& b) noexcept { pixelBox_ = b; }
   virtual XY<int> getInputPos(unsigned long i) const;
   virtual XY<int> getOutputPos(unsigned char i) const;
   PixelBox getNodePadArea(XY<int> centre, PadType type) const;
@@ -160,8 +159,6 @@ public:
   void setPrimary(bool on) noexcept { primary_ = on; }
   bool isVisibleFlag() const noexcept { return visible_; }
   void setVisibleFlag(bool on) noexcept { visible_ = on; }
-  bool padHighlight() const noexcept { return padHighlight_; }
-  void setPadHighlight(bool on) noexcept { padHighlight_ = on; }
   bool drawnLast() const noexcept { return drawnLast_; }
 
   // -- drawing ----------------------------------------------------------------
@@ -225,6 +222,5 @@ private:
   bool fixed_ = false;
   bool primary_ = false;
   bool visible_ = true;
-  bool padHighlight_ = false;
   bool drawnLast_ = false;
 };

@@ -18,7 +18,6 @@ constexpr int atNode = 9;
 // Title bar (and input label) height, graph units.
 constexpr double titleBarHeight = 0.025;
 const Colour inactiveText(0.2, 0.2, 0.2);
-const Colour highlightedPad(0.7, 0.7, 0.4);
 
 FXGraphViewNode::PixelBox shrunk(FXGraphViewNode::PixelBox b, int by) {
   return {b.x0 + by, b.y0 + by, b.x1 - by, b.y1 - by};
@@ -123,7 +122,7 @@ void FXGraphViewNode::drawOutputs() {
 }
 
 Colour FXGraphViewNode::getPadCol(bool input) const {
-  if (input) return padHighlight_ ? highlightedPad : (view_ ? view_->glob().getCol() : Palette::schemeWindow());
+  if (input) return view_ ? view_->glob().getCol() : Palette::schemeWindow();
   return view_ && view_->getOrientation() != 0 ? getTitleBarColour() : getMainCol();
 }
 

@@ -5,6 +5,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph_view/Arrangement.h"
+#include "graph_view/HoverHints.h"
+#include "graph_view/KeyboardFocus.h"
+#include "graph_view/Navigator.h"
+#include "graph_view/NodeFades.h"
+#include "graph_view/SearchToAdd.h"
+#include "graph_view/TemplateDrops.h"
+#include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
 #include "host/edit/EffectInstance.h"
@@ -21,6 +29,13 @@
 FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int scope)
     : VobClient(vob, 2), scope_(scope), centre_(XY<double>(0, 0)), zoom_(0.75) {
   setPalette(palette);
+  hints_ = std::make_unique<HoverHints>(*this);
+  keyboard_ = std::make_unique<KeyboardFocus>(*this);
+  stills_ = std::make_unique<ViewStills>(*this);
+  navigator_ = std::make_unique<Navigator>(*this);
+  search_ = std::make_unique<SearchToAdd>(*this);
+  drops_ = std::make_unique<TemplateDrops>(*this);
+  fades_ = std::make_unique<NodeFades>(*this);
   manageServer(&zoom_, &FXGraphView::judgeZoom);
   hScroll_ = new ScrollBar(ScrollBar::horizontal, 100);
   vScroll_ = new ScrollBar(ScrollBar::vertical, 100);
@@ -28,14 +43,13 @@ FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int sco
   addChild(vScroll_, BottomLeft(0, 0));
   orientation_ = VidRouting::Orientations::fromString(
       prefs().getPreference("Video Routing : Orientation", LightweightString<char>("LeftToRight")));
-  navigatorOn_ = prefs().getPreference(navigatorPreference, true);
   flushNodeList();
   resize(size.x, size.y);
   if (vob && vob->getEdit()) setEditFocus(vob->getEdit(), {}, scope);
 }
 
 FXGraphView::~FXGraphView() {
-  if (stillsTimer_) Render::StillsQueue::instance().forget(this);
+  stills_->forget();
   NodeUIManagerClient::registerWith(nullptr);
   while (timerHolds_ > 0) disableETime();
   flushNodeList();
@@ -111,13 +125,8 @@ void FXGraphView::disableETime() {
 }
 
 bool FXGraphView::handleTimerEvent(const Event&) {
-  takeStills();
-  if (tipHold_ && msecsNow() - hoverSince_ >= tooltipMs) {
-    tipHold_ = false;
-    disableETime();
-    tipShown_ = true;
-    redraw();
-  }
+  stills_->take();
+  hints_->tick();
   const double now = msecsNow() / 1000.0;
   if (autoScroll_) {
     if (mouseInAutoScrollArea()) {
@@ -140,14 +149,7 @@ bool FXGraphView::handleTimerEvent(const Event&) {
     }
   } else {
     // A fade moves on only on ticks that do not scroll.
-    if (!fading_.empty() && fadeProgress_ < 1) {
-      fadeProgress_ = std::min(1.0, fadeProgress_ + (now - lastTick_) / fadeSeconds);
-      if (fadeProgress_ >= 1) {
-        fading_.clear();
-        disableETime();
-      }
-      redraw();
-    } else if (anchor_) {
+    if (!fades_->advance(now - lastTick_) && dragAnchor()) {
       // The dragged wire follows the mouse.
       redraw();
     }
@@ -156,27 +158,15 @@ bool FXGraphView::handleTimerEvent(const Event&) {
   return true;
 }
 
-void FXGraphView::startFade(std::vector<IdStamp> ids) {
-  const bool running = !fading_.empty() && fadeProgress_ < 1;
-  fading_ = std::move(ids);
-  fadeProgress_ = 0;
-  if (!running) enableETime();
-}
-
 // -- notifications ----------------------------------------------------------------
 
 void FXGraphView::handleModifications(const EditModifications& mods, const VobModification& vobMod) {
   if (vobMod.flags & VobModification::closing) {
     // Stills under way would keep the edit open.
-    if (stillsTimer_) {
-      Render::StillsQueue::instance().forget(this);
-      stillsTimer_ = false;
-      disableETime();
-    }
+    stills_->forget();
     NodeUIManagerClient::registerWith(nullptr);
     edit_.reset();
-    anchor_.reset();
-    moved_.reset();
+    endInteraction();
     flushNodeList();
     return;
   }
@@ -189,9 +179,9 @@ void FXGraphView::handleModifications(const EditModifications& mods, const VobMo
   // The edit changed under a held wire (an undo, a redo, a change from
   // elsewhere): the wire is let go, so that the view shows the edit as it
   // now is. The view's own pick-up and drop change it while it is busy.
-  if (anchor_ && !busy_) {
+  if (interaction_.kind == Interaction::holdingWire && !busy_) {
     disableETime();
-    anchor_.reset();
+    endInteraction();
   }
   if (!edit_ || edit_->isClosed()) {
     flushNodeList();
@@ -241,7 +231,7 @@ bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glo
     return true;
   }
   if (change->tag == "navigator") {
-    setNavigatorOn(!navigatorOn_);
+    navigator_->setOn(!navigator_->on());
     return true;
   }
   if (change->tag != "orientation") return false;
@@ -266,7 +256,7 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
   items.emplace_back(resourceStrW(13055), LightweightString<char>(), "arrange");
   MenuItem navigator(resourceStrW(13054), {}, "navigator");
-  navigator.checked = navigatorOn_;
+  navigator.checked = navigator_->on();
   items.push_back(navigator);
   if (!e) return items;
   // The graph-item commands of the node under the mouse.
@@ -281,67 +271,20 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   return items;
 }
 
-bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) {
-  if (!dynamic_cast<const EffectTemplateDragItem*>(&item) || !edit_ || (getVob() && getVob()->isReadOnly()))
-    return false;
-  for (const auto& n : nodes_) {
-    int index = 0;
-    if (n->translateMouseEvent(position.x, position.y, index) != FXGraphViewNode::eNothing) return true;
-  }
-  WireRef wire;
-  return wireAt(position, wire);
-}
+bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) { return drops_->canAccept(item, position); }
 
-namespace {
-// A new effect made from a template, for a graph of the given track type.
-Ux::Ptr<EffectInstance> effectFromTemplate(const Edit& edit, const EffectTemplateSummary& t, TrackType type) {
-  Ux::Ptr<EffectInstance> effect(new EffectInstance(FXEditor::newNodeId(edit), t.name, t.tagTypeId, type));
-  effect->setNumInputs(static_cast<unsigned>(std::max(1, t.numInputs)));
-  for (std::size_t i = 0; i < t.inputNames.size() && i < effect->getNumInputs(); ++i)
-    effect->setInputName(static_cast<unsigned>(i), t.inputNames[i]);
-  return effect;
-}
-} // namespace
-
-bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) {
-  const auto* dropped = dynamic_cast<const EffectTemplateDragItem*>(&item);
-  if (!dropped || !edit_) return false;
-  for (const auto& n : nodes_) {
-    int index = 0;
-    if (n->translateMouseEvent(position.x, position.y, index) == FXGraphViewNode::eNothing) continue;
-    // A template dropped on a node is laid over it: a new effect of the
-    // template takes the node's place downstream and the node feeds its first input.
-    return insertTemplateAbove(dropped->summary(), n->getNodeID());
-  }
-  WireRef wire;
-  return wireAt(position, wire) && insertOnWire(dropped->summary(), wire);
-}
+bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) { return drops_->accept(item, position); }
 
 bool FXGraphView::insertTemplateAbove(const EffectTemplateSummary& t, const IdStamp& node) {
-  if (!edit_) return false;
-  EditGraphIterator at = getIteratorFor(node, 9);
-  if (!at.isValid()) return false;
-  EasyBackup step(edit_);
-  FXEditor(edit_).insertAbove(at, effectFromTemplate(*edit_, t, at.getNode()->getTrackType()));
-  edit_->addModification({EditModification(EditModification::structure)}, true);
-  return true;
+  return drops_->insertAbove(t, node);
 }
 
-bool FXGraphView::insertOnWire(const EffectTemplateSummary& t, const WireRef& wire) {
-  if (!edit_ || !wire.to || !wire.to->graphNode()) return false;
-  FXGraphViewNode* from = wire.to->getInputConnect(wire.input);
-  if (!from || !from->graphNode()) return false;
-  // The editor must let the input be wired again: a locked effect's inputs stay.
-  const EditGraphIterator destination = getIteratorFor(wire.to->graphNode(), 9);
-  FXEditor editor(edit_, 0, getPrimaryChanIx());
-  if (!destination.isValid() || !editor.canConnectNodes(destination, wire.input, getIteratorFor(from->graphNode(), 9)))
-    return false;
-  // The source as met through that input: the effect goes in between.
-  EditGraphIterator at = destination;
-  if (!at.moveToInput(wire.input) || at.getNode().get() != from->graphNode().get()) return false;
-  EasyBackup step(edit_);
-  editor.insertAbove(at, effectFromTemplate(*edit_, t, from->graphNode()->getTrackType()));
-  if (getVob() && getVob()->getStateFlag()) TransitStatus::manager().notifyChange(getVob());
-  edit_->addModification({EditModification(EditModification::structure)}, true);
-  return true;
+void FXGraphView::arrange() { Arrangement::apply(*this); }
+
+const IdStamp& FXGraphView::keyboardFocus() const noexcept { return keyboard_->focus(); }
+
+bool FXGraphView::stillsInBackground() const noexcept { return stills_->inBackground(); }
+
+bool FXGraphView::requestStill(const IdStamp& node, Still what, const Render::RenderContext& context) {
+  return stills_->request(node, what, context);
 }

@@ -3,17 +3,18 @@
 // on-screen graph of the focused edit.
 //
 // Map (implementation files)
-//   FXGraphView.cpp ............. construction, focus, notifications, menus, drops
+//   FXGraphView.cpp ............. construction, focus, the timer, notifications,
+//                                 menus, drops
 //   FXGraphViewGeometry.cpp ..... graph space <-> view pixels, zoom, pan,
 //                                 scroll bars, fitting, auto-scroll, orientation
 //   FXGraphViewNodeList.cpp ..... the node list: rebuild, node kinds, positions, tidy
-//   FXGraphViewDrawing.cpp ...... the frame: background, wires, nodes
-//   FXGraphViewMouse.cpp ........ mouse dispatch, pad clicks, the drag state
-//   FXGraphViewKeyboard.cpp ..... keyboard focus and keys, hover and wire hints,
-//                                 node descriptions, templates dropped on wires
-//   FXGraphViewSearch.cpp ....... search to add
-//   FXGraphViewNavigator.cpp .... the navigator
-//   FXGraphViewArrange.cpp ...... Arrange
+//   FXGraphViewDrawing.cpp ...... the frame: background, wires, nodes; where wires run
+//   FXGraphViewInput.cpp ........ the mouse and key rules, pad clicks, the interaction
+//
+// The features added to the canvas are parts with their own state, each in
+// its own file, handed the calls they answer (ViewPart): Navigator,
+// SearchToAdd, KeyboardFocus, HoverHints, ViewStills, TemplateDrops and
+// NodeFades; Arrangement lays the graph out. Which gesture holds the view is one Interaction.
 //
 // Coordinate spaces: graph units (doubles, y up) and view pixels (the view's
 // own bottom-up pixels). Conversions live here and say which way they go.
@@ -27,6 +28,7 @@
 #include "GrphToolApi.h"
 #include "graph_nodes/FXGraphViewNode.h"
 #include "graph_nodes/NodeView.h"
+#include "graph_view/Interaction.h"
 #include "host/core/Vector.h"
 #include "host/edit/CelEventPair.h"
 #include "host/edit/Vob.h"
@@ -41,9 +43,16 @@
 #include "values/ValManager.h"
 #include "values/ValServer.h"
 
+class Arrangement;
+class HoverHints;
+class KeyboardFocus;
+class Navigator;
+class NodeFades;
 class ScrollBar;
-
+class SearchToAdd;
+class TemplateDrops;
 class ViewHost;
+class ViewStills;
 
 class GRPHTOOL_API FXGraphView : public Glob,
                                  public VobClient,
@@ -151,9 +160,7 @@ public:
   void autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin);
   void tidy();
   void tidy(const NotifyMsg& msg);
-  // Lays the graph out as Tidy does (direction, spacing) with no two boxes
-  // overlapping and each shared input beside its deepest consumer; key "l"
-  // and the context menu. With hand placing on, one undo step.
+  // Arrange (Arrangement): key "l" and the context menu.
   void arrange();
   void checkForCoincidentNodes();
   void updateMinAndMaxPositions();
@@ -164,11 +171,12 @@ public:
   EditGraphIterator getIteratorFor(const IdStamp& id, int flags) const override;
   EditGraphIterator getIteratorFor(const Ux::Ptr<FXGraphNodeBase>& node, int flags) const;
   const std::vector<Ux::Ptr<FXGraphViewNode>>& nodes() const noexcept { return nodes_; }
-  // The extreme nodes of the last updateMinAndMaxPositions: min x, max x, min y, max y.
-  const Ux::Ptr<FXGraphViewNode>& extremeNode(int which) const { return extremes_[which]; }
-  // Counts of work done, for tests and diagnostics.
-  unsigned tidyCount() const noexcept { return tidies_; }
-  unsigned rebuildCount() const noexcept { return rebuilds_; }
+  // Counts of work done, for tests and benchmarks.
+  struct Stats {
+    unsigned tidies = 0;
+    unsigned rebuilds = 0;
+  };
+  const Stats& stats() const noexcept { return stats_; }
 
   // -- drawing ------------------------------------------------------------------
   void draw() override;
@@ -179,136 +187,74 @@ public:
   void drawPrimaryNodeHighlight();
   void drawDraggedConnection();
   void drawNodeNames();
-  // A preview of the picture the graph makes (the primary node's still) in
-  // the view's top-right corner.
-  void drawStills();
-  // Nodes that appeared in the last rebuild glow and fade over 0.4 s.
-  void drawFades();
-  static constexpr double fadeSeconds = 0.4;
-  double fadeProgress() const noexcept { return fadeProgress_; }
   // Text in a box of view pixels (the nodes' titles and labels).
   void drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
                 const LightweightString<char>& font, int pointSize = 0) override;
   Glob& glob() override { return *this; }
-  // The structure time range (1e99 in the first: none known).
-  void setStructureRange(double from, double to) noexcept { structure_[0] = from, structure_[1] = to; }
   void calcMorphologyExtents();
 
-  // -- mouse --------------------------------------------------------------------
+  // -- the mouse and keys ---------------------------------------------------------
   bool handleMouseEvent(const Event& e) override;
+  // Keys the view takes: "f" fits the whole graph in the view, shift+"f"
+  // centres the node under the mouse (or with focus) at the zoom it has, "l"
+  // arranges, "n" turns the navigator on or off, Tab or a letter that is no
+  // command opens search to add; the others go to the parts.
+  bool handleKeyEvent(const Event& e) override;
   bool handleInputClicked(Ux::Ptr<FXGraphViewNode> node, int input);
   bool handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output);
   bool handleNodeClicked(Ux::Ptr<FXGraphViewNode> node);
   bool removeDraggedIFConnection();
-  // The drag state: the anchor node (null when no wire is dragged), its pad,
-  // and whether the wire hangs from an input.
   // The panel that holds the view, for what the view asks of it (commands
   // on graph items, the templates search to add offers); none when alone.
   void setHost(ViewHost* host) noexcept { host_ = host; }
 
-  const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return anchor_; }
-  int dragAnchorPad() const noexcept { return anchorPad_; }
-  bool dragAnchoredAtInput() const noexcept { return anchoredAtInput_; }
-  const XY<int>& dragFixedEnd() const noexcept { return fixedEnd_; }
-  const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return moved_; }
+  // Which gesture holds the view. Starting one needs the view free (false
+  // otherwise); ending it frees the view.
+  const Interaction& interaction() const noexcept { return interaction_; }
+  bool beginInteraction(Interaction::Kind kind);
+  void endInteraction();
+  void endNavigating();
+  // The drag state: the anchor node (null when no wire is dragged), its
+  // pad, and whether the wire hangs from an input; the node moved by hand.
+  const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return interaction_.anchor; }
+  int dragAnchorPad() const noexcept { return interaction_.anchorPad; }
+  bool dragAnchoredAtInput() const noexcept { return interaction_.anchoredAtInput; }
+  const XY<int>& dragFixedEnd() const noexcept { return interaction_.fixedEnd; }
+  const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return interaction_.moved; }
   bool isBusy() const noexcept { return busy_; }
+  // The last mouse position, view pixels.
+  XY<int> mousePosition() const noexcept { return mouse_; }
 
-  // -- keyboard, hover and hints --------------------------------------------------
-  // Keys the view takes: "f" fits the whole graph in the view, shift+"f"
-  // centres the node under the mouse (or with focus) at the zoom it has.
-  // With a node in focus: the arrows walk the graph (towards its inputs,
-  // towards its output, between siblings: which arrow is which follows the
-  // orientation), Return opens the effect's parameters, space switches it on
-  // or off as a click does, Delete removes it as the "remove_utr" command
-  // does, "p" picks a wire up or drops it at the node's pads as pad clicks
-  // do, Escape lets go of the focus.
-  bool handleKeyEvent(const Event& e) override;
-  // The node with keyboard focus (a click on a node gives it), or none.
-  const IdStamp& keyboardFocus() const noexcept { return keyFocus_; }
-  void setKeyboardFocus(const IdStamp& id);
-  // While a wire dangles: every pad that would take it, as the editor
-  // judges (no cycle, no locked input): free inputs for a wire from an
-  // output, spare output slots for a wire from an input.
+  // A pad of a node: its node, its index, whether it is an input.
   struct PadRef {
     IdStamp node;
     int index = 0;
     bool atInput = false;
   };
-  std::vector<PadRef> acceptingPads() const;
   // A wire: the node it feeds and that node's input.
   struct WireRef {
     Ux::Ptr<FXGraphViewNode> to;
     int input = -1;
   };
-  // The wire drawn under a view pixel (within a few pixels), if any.
-  bool wireAt(XY<int> p, WireRef& out) const;
-  // A point of the wire into the input that no node covers, for a drop;
-  // false when the wire is not there or wholly hidden.
-  bool clearPointOnWire(const IdStamp& to, int input, XY<int>& out) const;
-  // The node under the mouse and every node upstream of it: the wires
-  // that feed the hovered node, all the way up, are drawn highlighted.
-  const std::vector<IdStamp>& highlightedNodes() const noexcept { return highlighted_; }
-  // A node the mouse rests on for tooltipMs shows its description beside
-  // the mouse, until the mouse moves off it or is pressed.
-  static constexpr uint64_t tooltipMs = 600;
-  bool tooltipShowing() const noexcept { return tipShown_; }
-  // Says what a node is in words: its kind, title, whether it is on, what
-  // feeds each input and what its output feeds.
-  LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
-
-  // -- navigator ----------------------------------------------------------------
-  // The whole graph in miniature in the view's bottom-right corner, with the
-  // visible window framed; a click or drag in it moves the view there. Key
-  // "n" and the context menu turn it on and off (a preference, on at
-  // first); it hides while the whole graph fits the view.
-  static constexpr const char* navigatorPreference = "Graph View : Navigator";
-  void setNavigatorOn(bool on);
-  bool navigatorOn() const noexcept { return navigatorOn_; }
-  // Where it is drawn and where the visible window lies in it (view pixels);
-  // false while hidden.
-  bool navigatorGeometry(PixelBox& box, PixelBox& window) const;
-
-  // -- search to add ------------------------------------------------------------
-  // Tab (or a letter that is no command) opens a search field over the view
-  // listing the video effect templates whose names match what is typed,
-  // best first (TemplateSearch). Up and Down choose, Return lays the chosen
-  // effect over the node that was under the mouse when the field opened (as
-  // a template dropped on it), or into the wire there, or over the node in
-  // focus; Escape closes.
-  struct SearchTemplates; // the templates on offer, with their names prepared
-  struct Search {
-    std::shared_ptr<const SearchTemplates> templates; // as the field opened
-    std::wstring query;
-    std::vector<EffectTemplateSummary> results;
-    int chosen = -1;   // -1: nothing matches
-    bool full = false; // a key was refused: the query is as long as it may be
-    IdStamp target;
-    WireRef wire; // else the wire under the mouse, to put the effect into
-  };
-  const Search* search() const noexcept { return searchOpen_ ? &search_ : nullptr; }
-  void openSearch(const std::wstring& text);
-  void closeSearch();
-  // Lays a new effect of the template over a node: it takes the node's place
-  // downstream and the node feeds its first input; one undo step.
+  // Lays a new effect of the template over a node (TemplateDrops).
   bool insertTemplateAbove(const EffectTemplateSummary& t, const IdStamp& node);
 
-  // -- stills -------------------------------------------------------------------
-  // Stills are made in the background: a node shows the picture it showed
-  // before, or a placeholder, until its still is ready, and then only that
-  // node is drawn again. With the background off, stills are made while the
-  // view draws.
-  void setStillsInBackground(bool on) noexcept { stillsInBackground_ = on; }
-  bool stillsInBackground() const noexcept override { return stillsInBackground_; }
-  // Asks for the still of a node (or of the preview) in the background;
-  // false when it is under way already.
+  // -- the parts ------------------------------------------------------------------
+  Navigator& navigator() noexcept { return *navigator_; }
+  const Navigator& navigator() const noexcept { return *navigator_; }
+  SearchToAdd& searchField() noexcept { return *search_; }
+  TemplateDrops& drops() noexcept { return *drops_; }
+  const SearchToAdd& searchField() const noexcept { return *search_; }
+  KeyboardFocus& keyboard() noexcept { return *keyboard_; }
+  HoverHints& hints() noexcept { return *hints_; }
+  const HoverHints& hints() const noexcept { return *hints_; }
+  ViewStills& stills() noexcept { return *stills_; }
+  const ViewStills& stills() const noexcept { return *stills_; }
+  // The node with keyboard focus, or none.
+  const IdStamp& keyboardFocus() const noexcept;
+  // What the nodes ask of the stills (NodeView).
+  bool stillsInBackground() const noexcept override;
   bool requestStill(const IdStamp& node, Still what, const Render::RenderContext& context) override;
-  // Stills asked for and not yet shown.
-  std::size_t stillsPending() const;
-  // Shows the stills made since the last call.
-  void takeStills();
-  // Waits for every still asked for and shows them: a headless render does
-  // so before it writes its picture.
-  void finishStills();
 
   // -- timer --------------------------------------------------------------------
   bool handleTimerEvent(const Event& e) override;
@@ -326,7 +272,7 @@ public:
   // The view's context menu: the orientation entries, then the graph-item
   // commands of the node under the mouse.
   MenuItems getMenuItems(const Event* e) override;
-  // Effect templates dropped on a node (view pixels) are applied to it.
+  // Effect templates dropped on a node or a wire (TemplateDrops).
   bool canAcceptDrop(const DragDropItem& item, XY<int> position) override;
   bool acceptDrop(const DragDropItem& item, XY<int> position) override;
   LightweightString<char> idstring() const override { return "FXGraphView"; }
@@ -334,11 +280,23 @@ public:
   // Judges of the managed values.
   bool judgeZoom(ValServer<double>* server, double& value);
 
+  // Drawing helpers for the view and its parts. Whether anything of an area
+  // is left to draw inside the clip; rings of `width` one-pixel frames round
+  // a box, starting `away` pixels out; drawing again only what lies in an
+  // area (view pixels).
+  bool drawArea(PixelBox area);
+  void drawRing(const PixelBox& box, int away, int width, const Colour& colour);
+  void redrawArea(PixelBox area);
+  // A wire's path: one or two cubic curves (start, end, two control points).
+  using Curve = std::array<XY<int>, 4>;
+  std::vector<Curve> wireCurves(const XY<int>& from, const XY<int>& to) const;
+
 private:
   friend class FXGraphViewNode;
+  friend class Arrangement;
+  friend class SearchToAdd;
+  friend class KeyboardFocus;
   void keepCanvasAroundGraph(bool growOnly = false);
-  // Draws again only what lies in an area of the view (view pixels).
-  void redrawArea(PixelBox area);
   // What a node and its wires cover on the screen, with room round them.
   PixelBox damageOf(const FXGraphViewNode& node) const;
   Ux::Ptr<NodeUIPosManager> positionManager() const;
@@ -347,37 +305,11 @@ private:
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);
   void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,
                  unsigned short thickness);
-  bool drawArea(PixelBox area);
-  // A wire's path: one or two cubic curves (start, end, two control points).
-  using Curve = std::array<XY<int>, 4>;
-  std::vector<Curve> wireCurves(const XY<int>& from, const XY<int>& to) const;
-  // Points along a wire, every few pixels.
-  std::vector<XY<int>> wirePoints(const FXGraphViewNode& to, int input) const;
-  // Lays a new effect of the template into a wire, from its source to
-  // its input; one undo step. False where the editor refuses.
-  bool insertOnWire(const EffectTemplateSummary& t, const WireRef& wire);
-  // Rings of `width` one-pixel frames round a box, starting `away` pixels out.
-  void drawRing(const PixelBox& box, int away, int width, const Colour& colour);
-  // The focus ring, the highlighted wires and, while a wire dangles, the
-  // pads that would take it lit and the others dimmed.
-  void drawHints();
-  void walkFocus(int key);
-  bool pickOrDropAtFocus();
-  void updateHover(XY<int> position);
-  // The navigator's mapping between its pixels and graph units.
-  struct NavigatorMap {
-    PixelBox box;
-    GraphBox graph;
-    double scale = 1; // pixels per graph unit
-  };
-  bool navigatorMap(NavigatorMap& map) const;
-  void drawNavigator();
-  void navigateTo(XY<int> pixel);
-  bool handleSearchKey(const Event& e);
-  void updateSearchResults();
-  void drawSearch();
-  PixelBox searchBox() const;
-
+  // The mouse rules, each case of handleMouseEvent.
+  bool navigate(const Event& e);
+  void pressLeft(const Event& e);
+  void releaseMovedNode(const Event& e);
+  void dragMovedNode(const Event& e);
   // Focus.
   EditPtr edit_;
   IdStamp focusNode_;
@@ -390,8 +322,6 @@ private:
   double scale_ = 0;
   int maxNodeSize_ = defaultMaxNodeSize;
   GraphBox canvas_{-1, -1, 1, 1};
-  bool panning_ = false;
-  XY<int> panLast_;
   ScrollBar* hScroll_ = nullptr;
   ScrollBar* vScroll_ = nullptr;
   bool autoScroll_ = false;
@@ -417,49 +347,26 @@ private:
   } foundFor_;
   std::map<std::pair<IdStamp, int>, XY<double>> channelCache_;
   Ux::Ptr<FXGraphViewNode> extremes_[4];
-  unsigned tidies_ = 0;
-  unsigned rebuilds_ = 0;
+  Stats stats_;
 
   // Drawing.
   double structure_[2] = {1e99, 0};
-  std::vector<IdStamp> fading_;
-  double fadeProgress_ = 1;
-  void startFade(std::vector<IdStamp> ids);
 
-  // The drag state.
+  // Which gesture holds the view, with its data; the panel holding the view.
+  Interaction interaction_;
   ViewHost* host_ = nullptr; // not owned: the panel owns the view
-  Ux::Ptr<FXGraphViewNode> anchor_;
-  int anchorPad_ = 0;
-  bool anchoredAtInput_ = false;
-  XY<int> fixedEnd_;
-  XY<int> dragStart_;
-  bool busy_ = false;
-  Ux::Ptr<FXGraphViewNode> moved_;
-  XY<int> grab_;
-  XY<int> mouse_; // the last mouse position, view pixels
+  bool busy_ = false;        // the view's own change of the edit is under way
+  XY<int> mouse_;            // the last mouse position, view pixels
 
   int timerHolds_ = 0;
   uint64_t timerStart_ = 0;
 
-  // Keyboard focus, and the consumers the walk came down through (a node
-  // with shared outputs goes back the way it came); hover.
-  IdStamp keyFocus_;
-  std::vector<IdStamp> keyPath_;
-  IdStamp hovered_;
-  std::vector<IdStamp> highlighted_;
-  uint64_t hoverSince_ = 0;
-  bool tipHold_ = false; // a timer hold until the tooltip is due
-  bool tipShown_ = false;
-  void dropTooltip();
-  void drawTooltip();
-  bool navigatorOn_ = true;
-  bool navigating_ = false; // a press in the navigator is being dragged
-  bool searchOpen_ = false;
-  Search search_;
-
-  // Stills.
-  bool stillsInBackground_ = true;
-  bool stillsTimer_ = false; // a timer hold while stills are under way
-  PixelBox previewBox_;
-  Ux::Ptr<UxImage> previewShown_;
+  // The parts, in the order the frame draws them.
+  std::unique_ptr<HoverHints> hints_;
+  std::unique_ptr<KeyboardFocus> keyboard_;
+  std::unique_ptr<ViewStills> stills_;
+  std::unique_ptr<Navigator> navigator_;
+  std::unique_ptr<SearchToAdd> search_;
+  std::unique_ptr<TemplateDrops> drops_;
+  std::unique_ptr<NodeFades> fades_;
 };

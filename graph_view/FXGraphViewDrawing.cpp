@@ -6,6 +6,12 @@
 #include <cmath>
 
 #include "graph_view/FXGraphView.h"
+#include "graph_view/HoverHints.h"
+#include "graph_view/KeyboardFocus.h"
+#include "graph_view/Navigator.h"
+#include "graph_view/NodeFades.h"
+#include "graph_view/SearchToAdd.h"
+#include "graph_view/ViewStills.h"
 
 void FXGraphView::draw() {
   // The graph stays inside the view area: nodes half out of it do not spill
@@ -82,26 +88,27 @@ void FXGraphView::drawBackground() {
   drawConnections(eHighlightEdge);
   drawNodes();
   drawConnections(eNormalEdge);
-  drawFades();
-  drawHints();
+  fades_->draw();
+  hints_->draw();
+  keyboard_->draw();
   drawDraggedConnection();
-  drawStills();
-  drawNavigator();
-  drawTooltip();
-  drawSearch();
+  stills_->draw();
+  navigator_->draw();
+  hints_->drawTooltip();
+  search_->draw();
 }
 
 void FXGraphView::drawConnections(eEdgeType type) {
   // The wire picked up by a drag is not drawn where it was.
   const FXGraphViewNode* skipNode = nullptr;
   int skipInput = -1;
-  if (anchor_) {
-    if (anchoredAtInput_) {
-      skipNode = anchor_.get();
-      skipInput = anchorPad_;
-    } else if (FXGraphViewNode* fed = anchor_->getOutputConnect(anchorPad_)) {
+  if (interaction_.anchor) {
+    if (interaction_.anchoredAtInput) {
+      skipNode = interaction_.anchor.get();
+      skipInput = interaction_.anchorPad;
+    } else if (FXGraphViewNode* fed = interaction_.anchor->getOutputConnect(interaction_.anchorPad)) {
       skipNode = fed;
-      skipInput = fed->findInputConnectFor(anchor_.get(), anchorPad_);
+      skipInput = fed->findInputConnectFor(interaction_.anchor.get(), interaction_.anchorPad);
     }
   }
   const auto thickness = static_cast<unsigned short>(getEdgeThickness(type));
@@ -194,16 +201,16 @@ void FXGraphView::drawPrimaryNodeHighlight() {
 }
 
 void FXGraphView::drawDraggedConnection() {
-  if (!anchor_) return;
+  if (!interaction_.anchor) return;
   // From the fixed end to the mouse, with the same curve rules; drawn as
   // output to input whichever end is held.
   const XY<int> m = mouse_;
-  const Colour colour = anchor_->getMainCol();
+  const Colour colour = interaction_.anchor->getMainCol();
   const auto thickness = static_cast<unsigned short>(getEdgeThickness(eHighlightEdge));
-  if (anchoredAtInput_)
-    drawConnection(m, fixedEnd_, colour, thickness);
+  if (interaction_.anchoredAtInput)
+    drawConnection(m, interaction_.fixedEnd, colour, thickness);
   else
-    drawConnection(fixedEnd_, m, colour, thickness);
+    drawConnection(interaction_.fixedEnd, m, colour, thickness);
 }
 
 void FXGraphView::drawNodeNames() {
@@ -216,19 +223,6 @@ void FXGraphView::drawNodeNames() {
     const PixelBox b = node->pixelBox();
     const int w = b.x1 - b.x0;
     drawText({b.x0 - w / 4, b.y0 - 14, b.x1 + w / 4, b.y0 - 2}, node->getTitleStr(), getPalette().text(), {}, 7);
-  }
-}
-
-void FXGraphView::drawFades() {
-  if (fading_.empty() || fadeProgress_ >= 1) return;
-  // A ring round each new node, strongest when it appears.
-  const double strength = 1 - fadeProgress_;
-  // Cool blue, apart from the primary node's warm highlight.
-  const Colour glow(0.45, 0.8, 1.0, strength);
-  for (const IdStamp& id : fading_) {
-    Ux::Ptr<FXGraphViewNode> n = findViewRecForNode(id);
-    if (!n || !n->drawnLast()) continue;
-    drawRing(n->pixelBox(), 1, std::max(2, static_cast<int>(scale_ * 0.008)), glow);
   }
 }
 

@@ -157,16 +157,16 @@ int FXGraphView::handleZoom(int direction) {
 }
 
 int FXGraphView::checkForPanAndZoom(const Event& e) {
-  if (!panning_) return 0;
+  if (interaction_.kind != Interaction::panning) return 0;
   if (e.button == Event::left && e.type == Event::mouseUp) {
-    panning_ = false;
+    endInteraction();
     if (isMouseMoveSignificant(e)) return 0;
     if (GlobManager::windowArrangement() != 0) return 0;
     getRootParent()->popToTop(false);
     return 0;
   }
-  if (e.button == Event::left && e.type == Event::mouseMove && e.screen != panLast_) {
-    const XY<int> delta = e.screen - panLast_;
+  if (e.button == Event::left && e.type == Event::mouseMove && e.screen != interaction_.panLast) {
+    const XY<int> delta = e.screen - interaction_.panLast;
     if (!(keyboardModifiers() & Event::controlHeld) && !(e.clickState & Event::zoomDrag)) {
       const auto w = getWindowPos();
       const XY<double> c = centre_.getValue();
@@ -177,11 +177,11 @@ int FXGraphView::checkForPanAndZoom(const Event& e) {
     }
     updateScrollbars(true);
     redraw();
-    panLast_ = e.screen;
+    interaction_.panLast = e.screen;
     return 1;
   }
   if (e.button == Event::right && !(e.clickState & Event::chordClick)) {
-    panning_ = false;
+    endInteraction();
     redraw();
     return 0;
   }

@@ -8,6 +8,8 @@
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
 #include "graph_view/FXGraphView.h"
+#include "graph_view/HoverHints.h"
+#include "graph_view/NodeFades.h"
 #include "host/edit/EditGraphWalk.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
@@ -63,20 +65,14 @@ void FXGraphView::appendNode(const Ux::Ptr<FXGraphViewNode>& node) {
 
 void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // 1. Never under a connection drag: the request is dropped.
-  if (anchor_) return;
-  ++rebuilds_;
-  // 2. A node being moved by hand is let go.
-  if (moved_) {
-    disableETime();
-    moved_.reset();
-  }
+  if (interaction_.kind == Interaction::holdingWire) return;
+  ++stats_.rebuilds;
+  // 2. A node being moved by hand is let go; whatever else held the view
+  // ends with it.
+  if (interaction_.kind == Interaction::draggingNode) disableETime();
+  endInteraction();
   canvas().resetClipRect();
-  anchor_.reset();
-  // The wires may have changed under the mouse: lit again when it moves.
-  hovered_ = IdStamp();
-  highlighted_.clear();
-  if (tipHold_) disableETime();
-  tipHold_ = tipShown_ = false;
+  hints_->rebuilt();
   // The heads of the channels at the time, found once: every root's iterator
   // is asked for during the rebuild, and the edit does not change meanwhile.
   std::unordered_map<IdStamp, IdStamp> heads;
@@ -135,7 +131,7 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
     std::vector<IdStamp> fresh;
     for (const auto& n : nodes_)
       if (!oldById.count(n->getNodeID())) fresh.push_back(n->getNodeID());
-    if (!fresh.empty()) startFade(std::move(fresh));
+    if (!fresh.empty()) fades_->start(std::move(fresh));
   }
   // 12. The old nodes go as their last references do.
   old.clear();
@@ -416,7 +412,7 @@ XY<double> FXGraphView::findMaterialNodePosition() {
 void FXGraphView::autoTidy() { autoTidyNodeRecs(getRoots(), {0, 0}); }
 
 void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin) {
-  ++tidies_;
+  ++stats_.tidies;
   for (const IdStamp& root : roots) {
     EditGraphIterator at = getIteratorFor(root, atNode);
     // About 60 KB of local tree: kept off the stack.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "app/EditGenerator.h"
+#include "graph_view/ViewStills.h"
 #include "host/render/StillsQueue.h"
 #include "host/render/VidRenderUtils.h"
 #include "host/ui/GlobManager.h"
@@ -32,13 +33,13 @@ TEST(BackgroundStills, ADragGoesOnWhileALargeGraphsStillsAreMade) {
   fx.frame(*node, 90);
   const std::vector<Ux::Ptr<FXGraphViewNode>> thumbs = shownThumbnails(view);
   ASSERT_GE(thumbs.size(), 6u);
-  EXPECT_GE(view.stillsPending(), thumbs.size());
+  EXPECT_GE(view.stills().pending(), thumbs.size());
   Colour c;
   for (const auto& t : thumbs) EXPECT_FALSE(t->thumbnailColour(c)) << "a placeholder until its still is made";
 
   // The drag, through the mouse.
   const unsigned rendered = Render::VidRenderUtils::stillsRendered();
-  const std::size_t pending = view.stillsPending();
+  const std::size_t pending = view.stills().pending();
   const XY<double> before = node->getPosition();
   const auto box = node->calcPixelExtents();
   const XY<int> grab = view.screenPos() + XY<int>{(box.x0 + box.x1) / 2, (box.y0 + box.y1) / 2};
@@ -57,11 +58,11 @@ TEST(BackgroundStills, ADragGoesOnWhileALargeGraphsStillsAreMade) {
   GlobManager::dispatch(e);
   EXPECT_NE(node->getPosition(), before) << "the node followed the mouse";
   EXPECT_EQ(Render::VidRenderUtils::stillsRendered(), rendered) << "no still was made on the window's thread";
-  EXPECT_GE(view.stillsPending(), pending) << "nothing waited for the stills";
+  EXPECT_GE(view.stills().pending(), pending) << "nothing waited for the stills";
 
   held.reset();
-  view.finishStills();
-  EXPECT_EQ(view.stillsPending(), 0u);
+  view.stills().finish();
+  EXPECT_EQ(view.stills().pending(), 0u);
   view.redraw();
   for (const auto& t : shownThumbnails(view)) EXPECT_TRUE(t->thumbnailColour(c)) << t->getNodeID().asString().str();
 }

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "app/StateDump.h"
+#include "graph_view/HoverHints.h"
+#include "graph_view/TemplateDrops.h"
 #include "host/edit/EffectInstance.h"
 #include "tests/graph_view/ViewInput.h"
 #include "tests/support/ScriptSession.h"
@@ -192,16 +194,16 @@ TEST_F(PanelScript, HoveringANodeHighlightsEverythingUpstreamOfIt) {
   const json lit = dump()["highlighted"];
   EXPECT_EQ(std::set<std::string>(lit.begin(), lit.end()), (std::set<std::string>{"2.0.2", "3.0.2", "3.0.5"}));
   // Resting there a while shows its description beside the mouse.
-  EXPECT_FALSE(session.view()->tooltipShowing());
+  EXPECT_FALSE(session.view()->hints().tooltipShowing());
   run("tick 700");
-  EXPECT_TRUE(session.view()->tooltipShowing());
+  EXPECT_TRUE(session.view()->hints().tooltipShowing());
   run("hover " + middleOf(node(d, "3.0.5")));
-  EXPECT_FALSE(session.view()->tooltipShowing()) << "another node: the wait starts again";
+  EXPECT_FALSE(session.view()->hints().tooltipShowing()) << "another node: the wait starts again";
   EXPECT_TRUE(dump()["highlighted"].empty()) << "nothing feeds a matte";
   run("hover " + emptyPixel());
   EXPECT_TRUE(dump()["highlighted"].empty());
   run("tick 700");
-  EXPECT_FALSE(session.view()->tooltipShowing());
+  EXPECT_FALSE(session.view()->hints().tooltipShowing());
   EXPECT_EQ(session.view()->timerHolds(), 0) << "no hold is left behind";
   // Each node says what it is and what it is wired to.
   EXPECT_EQ(node(d, "2.0.2")["description"],
@@ -232,7 +234,7 @@ TEST_F(PanelScript, ATemplateDroppedOnAWireGoesInBetweenAsOneUndoStep) {
   }
   // From search, with the mouse on the wire.
   XY<int> onWire;
-  ASSERT_TRUE(session.view()->clearPointOnWire(IdStamp(2, 0, 2), 1, onWire));
+  ASSERT_TRUE(session.view()->drops().clearPointOnWire(IdStamp(2, 0, 2), 1, onWire));
   run("hover " + std::to_string(onWire.x) + " " + std::to_string(onWire.y));
   run("key Tab");
   run("type blur");

@@ -78,7 +78,7 @@ TEST(NodeList, ManualPositionsSurviveRebuildsOfTheSameCount) {
     }
     return positions(view);
   };
-  const unsigned tidies = view.tidyCount();
+  const unsigned tidies = view.stats().tidies;
   std::vector<XY<double>> placed = placeAll(0.5);
   view.redraw();
   changed(view.getEdit());
@@ -86,14 +86,14 @@ TEST(NodeList, ManualPositionsSurviveRebuildsOfTheSameCount) {
   placed = placeAll(1.5);
   changed(view.getEdit());
   EXPECT_EQ(positions(view), placed) << "not drawn since";
-  EXPECT_EQ(view.tidyCount(), tidies);
+  EXPECT_EQ(view.stats().tidies, tidies);
 
   // One node more: the whole graph is tidied again.
   const IdStamp extra(3, 0, 9);
   b.material(extra);
   view.getEdit()->openNode(other)->setInputTrackId(1, extra, false);
   changed(view.getEdit());
-  EXPECT_GT(view.tidyCount(), tidies);
+  EXPECT_GT(view.stats().tidies, tidies);
   for (std::size_t i = 0; i < 4; ++i)
     EXPECT_EQ(view.nodes()[i]->getPosition(), tidied[i]) << i; // all but other's inputs
 
@@ -111,14 +111,14 @@ TEST(NodeList, OnlyExactlyCoincidentNodesAreTidiedApart) {
   fx.node(left)->setPosition(p.x, p.y, true);
   fx.node(otherSource)->setPosition(std::nextafter(p.x, 1.0), p.y, true);
   view.redraw();
-  const unsigned tidies = view.tidyCount();
+  const unsigned tidies = view.stats().tidies;
   changed(view.getEdit());
-  EXPECT_EQ(view.tidyCount(), tidies) << "one bit apart is apart";
+  EXPECT_EQ(view.stats().tidies, tidies) << "one bit apart is apart";
 
   fx.node(otherSource)->setPosition(p.x, p.y, true);
   view.redraw();
   changed(view.getEdit());
-  EXPECT_GT(view.tidyCount(), tidies);
+  EXPECT_GT(view.stats().tidies, tidies);
   EXPECT_NE(fx.node(left)->getPosition(), fx.node(otherSource)->getPosition());
 }
 
@@ -151,13 +151,13 @@ TEST(NodeList, NoRebuildWhileAWireIsDraggedUnlessTheEditChanges) {
   testsupport::click(viewtest::Pads(view).in(other, 1));
   ASSERT_TRUE(view.dragAnchor());
   const std::vector<Ux::Ptr<FXGraphViewNode>> before = view.nodes();
-  const unsigned rebuilds = view.rebuildCount();
+  const unsigned rebuilds = view.stats().rebuilds;
   view.recalcNodeList(false);
-  EXPECT_EQ(view.rebuildCount(), rebuilds);
+  EXPECT_EQ(view.stats().rebuilds, rebuilds);
   EXPECT_EQ(view.nodes(), before);
   changed(view.getEdit());
   EXPECT_FALSE(view.dragAnchor());
-  EXPECT_EQ(view.rebuildCount(), rebuilds + 1);
+  EXPECT_EQ(view.stats().rebuilds, rebuilds + 1);
 }
 
 } // namespace

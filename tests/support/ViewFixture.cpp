@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "graph_view/ViewStills.h"
+
 #include "host/config/EditorPreferences.h"
 #include "host/ui/GlobManager.h"
 
@@ -26,7 +28,7 @@ ViewFixture::ViewFixture(EditPtr edit, XY<int> size, bool stillsInBackground) : 
   GlobManager::initialise(size.x + 100, size.y + 100);
   vob_ = std::make_unique<Vob>(edit_);
   view_ = new FXGraphView(vob_.get(), size, Palette(), FXGraphView::wholeEdit);
-  view_->setStillsInBackground(stillsInBackground);
+  view_->stills().setInBackground(stillsInBackground);
   GlobManager::realize(view_);
 }
 

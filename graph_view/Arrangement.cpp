@@ -1,6 +1,8 @@
 // Arrange: the layout beside Tidy in which no two boxes overlap
 // (FXGraphArranger), applied to the view's nodes; with hand placing on, the
 // positions it replaces come back with one undo.
+#include "graph_view/Arrangement.h"
+
 #include <unordered_map>
 
 #include "graph_view/FXGraphView.h"
@@ -41,14 +43,16 @@ private:
 
 } // namespace
 
-void FXGraphView::arrange() {
-  if (nodes_.empty() || !edit_) return;
+void Arrangement::apply(FXGraphView& view) {
+  const auto& nodes = view.nodes_;
+  const EditPtr& edit = view.edit_;
+  if (nodes.empty() || !edit) return;
   // The graph as the arranger takes it: one entry per node, wires as indices.
   std::unordered_map<const FXGraphViewNode*, int> index;
-  for (std::size_t i = 0; i < nodes_.size(); ++i) index.emplace(nodes_[i].get(), static_cast<int>(i));
-  std::vector<FXGraphArranger::Node> graph(nodes_.size());
-  for (std::size_t i = 0; i < nodes_.size(); ++i) {
-    const FXGraphViewNode& n = *nodes_[i];
+  for (std::size_t i = 0; i < nodes.size(); ++i) index.emplace(nodes[i].get(), static_cast<int>(i));
+  std::vector<FXGraphArranger::Node> graph(nodes.size());
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    const FXGraphViewNode& n = *nodes[i];
     const XY<double> p = n.getPosition();
     FXGraphArranger::Node& g = graph[i];
     g.left = n.getL() - p.x, g.bottom = n.getB() - p.y, g.right = n.getR() - p.x, g.top = n.getT() - p.y;
@@ -60,30 +64,30 @@ void FXGraphView::arrange() {
     }
   }
   std::vector<int> roots;
-  for (const IdStamp& id : getRoots())
-    if (const auto it = nodeIndex_.find(id); it != nodeIndex_.end()) roots.push_back(static_cast<int>(it->second));
+  for (const IdStamp& id : view.getRoots())
+    if (const auto it = view.nodeIndex_.find(id); it != view.nodeIndex_.end()) roots.push_back(static_cast<int>(it->second));
   // The first root's box stays where it is.
-  const bool leftToRight = orientation_ == VidRouting::Orientations::LeftToRight;
-  const FXGraphViewNode& first = *nodes_[roots.empty() ? 0 : static_cast<std::size_t>(roots.front())];
+  const bool leftToRight = view.getOrientation() == VidRouting::Orientations::LeftToRight;
+  const FXGraphViewNode& first = *nodes[roots.empty() ? 0 : static_cast<std::size_t>(roots.front())];
   const XY<double> origin =
       leftToRight ? XY<double>(first.getR(), first.getT()) : XY<double>(first.getL(), first.getT());
   const std::vector<XY<double>> places = FXGraphArranger::arrange(
-      graph, roots, leftToRight ? FXGraphArranger::leftToRight : FXGraphArranger::bottomToTop, layoutGap, origin);
+      graph, roots, leftToRight ? FXGraphArranger::leftToRight : FXGraphArranger::bottomToTop, FXGraphView::layoutGap, origin);
 
-  const bool byHand = manualPositioning();
+  const bool byHand = view.manualPositioning();
   if (byHand) {
-    if (Ux::Ptr<NodeUIPosManager> manager = positionManager()) {
+    if (Ux::Ptr<NodeUIPosManager> manager = view.positionManager()) {
       std::vector<IdStamp> ids;
-      for (const auto& n : nodes_) ids.push_back(n->getNodeID());
-      edit_->makeBackup(std::make_shared<PositionsUndo>(manager, ids));
+      for (const auto& n : nodes) ids.push_back(n->getNodeID());
+      edit->makeBackup(std::make_shared<PositionsUndo>(manager, ids));
     }
   }
-  for (std::size_t i = 0; i < nodes_.size(); ++i) {
-    nodes_[i]->setPosition(places[i].x, places[i].y, true);
+  for (std::size_t i = 0; i < nodes.size(); ++i) {
+    nodes[i]->setPosition(places[i].x, places[i].y, true);
     if (byHand)
-      if (NodeUIPosRec* stored = nodes_[i]->storedRecord()) stored->setManualPos(places[i].x, places[i].y);
+      if (NodeUIPosRec* stored = nodes[i]->storedRecord()) stored->setManualPos(places[i].x, places[i].y);
   }
-  keepCanvasAroundGraph();
-  updateScrollbars(true);
-  redraw();
+  view.keepCanvasAroundGraph();
+  view.updateScrollbars(true);
+  view.redraw();
 }

@@ -1,9 +1,10 @@
-// Search to add: a field over the view that lists the video effect
-// templates whose names match what is typed, and lays the chosen one over a
-// node.
+// Search to add: a field over the view that lists the effect templates
+// whose names match what is typed, and lays the chosen one over a node.
+#include "graph_view/SearchToAdd.h"
+
 #include <algorithm>
 
-#include "graph_view/FXGraphView.h"
+#include "graph_view/TemplateDrops.h"
 #include "graph_view/TemplateSearch.h"
 #include "graph_view/ViewHost.h"
 #include "host/render/EffectTemplateManager.h"
@@ -16,39 +17,50 @@ constexpr int shownRows = 8;
 constexpr std::size_t longestQuery = 256;
 } // namespace
 
-void FXGraphView::openSearch(const std::wstring& text) {
+SearchToAdd::SearchToAdd(FXGraphView& view) : ViewPart(view) {}
+
+SearchToAdd::~SearchToAdd() = default;
+
+const SearchToAdd::Search* SearchToAdd::search() const noexcept {
+  return view_.interaction().kind == Interaction::searching ? &search_ : nullptr;
+}
+
+bool SearchToAdd::open(const std::wstring& text) {
+  if (!view_.beginInteraction(Interaction::searching)) return false;
   search_ = Search();
   search_.query = text;
   // The node it will add to: under the mouse, else the one in focus.
-  for (const auto& n : nodes_) {
+  const XY<int> mouse = view_.mousePosition();
+  for (const auto& n : view_.nodes()) {
     int index = 0;
-    if (n->isVisibleFlag() && n->translateMouseEvent(mouse_.x, mouse_.y, index) != FXGraphViewNode::eNothing) {
+    if (n->isVisibleFlag() && n->translateMouseEvent(mouse.x, mouse.y, index) != FXGraphViewNode::eNothing) {
       search_.target = n->getNodeID();
       break;
     }
   }
   // Else a wire under the mouse, else the node in focus.
-  if (!search_.target.valid() && !wireAt(mouse_, search_.wire) && keyFocus_.valid() && findViewRecForNode(keyFocus_))
-    search_.target = keyFocus_;
-  searchOpen_ = true;
-  updateSearchResults();
-  redraw();
+  const IdStamp focus = view_.keyboardFocus();
+  if (!search_.target.valid() && !view_.drops().wireAt(mouse, search_.wire) && focus.valid() && view_.findViewRecForNode(focus))
+    search_.target = focus;
+  updateResults();
+  view_.redraw();
+  return true;
 }
 
-void FXGraphView::closeSearch() {
-  if (!searchOpen_) return;
-  searchOpen_ = false;
+void SearchToAdd::close() {
+  if (!search()) return;
+  view_.endInteraction();
   search_ = Search();
-  redraw();
+  view_.redraw();
 }
 
 // The templates are gathered, and their names folded, once as the field
 // opens: each key typed only ranks them again.
-struct FXGraphView::SearchTemplates {
+struct SearchToAdd::Templates {
   std::vector<EffectTemplateSummary> all;
   TemplateSearch::Catalogue catalogue;
 
-  static std::shared_ptr<const SearchTemplates> gather(const TemplateMatcher& matcher) {
+  static std::shared_ptr<const Templates> gather(const TemplateMatcher& matcher) {
     std::vector<EffectCategory> categories;
     TheEffectTemplateManager::Instance().getCategories(categories, matcher, 1);
     std::vector<EffectTemplateSummary> all;
@@ -58,49 +70,50 @@ struct FXGraphView::SearchTemplates {
         all.push_back(t);
         names.emplace_back(t.name.str());
       }
-    return std::make_shared<const SearchTemplates>(SearchTemplates{std::move(all), TemplateSearch::Catalogue(names)});
+    return std::make_shared<const Templates>(Templates{std::move(all), TemplateSearch::Catalogue(names)});
   }
 };
 
-void FXGraphView::updateSearchResults() {
+void SearchToAdd::updateResults() {
   // The panel says which templates are on offer; a view on its own offers all.
   static const TemplateMatcher everything;
-  if (!search_.templates) search_.templates = SearchTemplates::gather(host_ ? host_->searchMatcher() : everything);
+  if (!search_.templates) search_.templates = Templates::gather(view_.host_ ? view_.host_->searchMatcher() : everything);
   search_.results.clear();
   for (std::size_t i : search_.templates->catalogue.rank(search_.query))
     search_.results.push_back(search_.templates->all[i]);
   search_.chosen = search_.results.empty() ? -1 : 0;
 }
 
-bool FXGraphView::handleSearchKey(const Event& e) {
+bool SearchToAdd::key(const Event& e) {
+  if (!search()) return false;
   switch (e.key) {
   case Event::keyEscape:
   case Event::keyTab:
-    closeSearch();
+    close();
     return true;
   case Event::arrowUp:
     if (search_.chosen > 0) --search_.chosen;
-    redraw();
+    view_.redraw();
     return true;
   case Event::arrowDown:
     if (search_.chosen + 1 < static_cast<int>(search_.results.size())) ++search_.chosen;
-    redraw();
+    view_.redraw();
     return true;
   case Event::keyBackspace:
     if (!search_.query.empty()) search_.query.pop_back();
     search_.full = false;
-    updateSearchResults();
-    redraw();
+    updateResults();
+    view_.redraw();
     return true;
   case Event::keyReturn: {
     const Search done = search_;
-    closeSearch();
+    close();
     if (done.chosen < 0) return true;
     const EffectTemplateSummary& chosen = done.results[static_cast<std::size_t>(done.chosen)];
     if (done.target.valid())
-      insertTemplateAbove(chosen, done.target);
+      view_.insertTemplateAbove(chosen, done.target);
     else if (done.wire.to)
-      insertOnWire(chosen, done.wire);
+      view_.drops().insertOnWire(chosen, done.wire);
     return true;
   }
   default:
@@ -108,11 +121,11 @@ bool FXGraphView::handleSearchKey(const Event& e) {
     if (e.key >= 32 && e.key != 127 && e.key < 0x110000 && !(e.key >= 0xD800 && e.key < 0xE000)) {
       if (search_.query.size() < longestQuery) {
         search_.query += static_cast<wchar_t>(e.key);
-        updateSearchResults();
-        redraw();
+        updateResults();
+        view_.redraw();
       } else if (!search_.full) {
         search_.full = true;
-        redraw();
+        view_.redraw();
       }
     }
     // The field has the keyboard: nothing typed reaches anyone else.
@@ -120,8 +133,8 @@ bool FXGraphView::handleSearchKey(const Event& e) {
   }
 }
 
-Glob::PixelBox FXGraphView::searchBox() const {
-  const auto w = getWindowPos();
+FXGraphView::PixelBox SearchToAdd::box() const {
+  const auto w = view_.getWindowPos();
   const int width = std::min(300, w.x1 - w.x0 - 20);
   const int rows =
       1 + (search_.full ? 1 : 0) + std::min(shownRows, std::max(1, static_cast<int>(search_.results.size())));
@@ -129,31 +142,32 @@ Glob::PixelBox FXGraphView::searchBox() const {
   return {x0, w.y1 - 10 - rows * rowHeight - 4, x0 + width, w.y1 - 10};
 }
 
-void FXGraphView::drawSearch() {
-  if (!searchOpen_) return;
-  const PixelBox box = searchBox();
-  if (!drawArea(box)) return;
+void SearchToAdd::draw() {
+  if (!search()) return;
+  using PixelBox = FXGraphView::PixelBox;
+  const PixelBox box = this->box();
+  if (!view_.drawArea(box)) return;
   {
-    CanvasRenderer r = canvas().renderer();
-    r.renderPrimitive(Glib::RectDescription{box, fromColour(getPalette().window(1))});
-    r.renderPrimitive(Glib::FrameDescription{box, fromColour(getPalette().text()), 1});
+    CanvasRenderer r = view_.canvas().renderer();
+    r.renderPrimitive(Glib::RectDescription{box, fromColour(view_.getPalette().window(1))});
+    r.renderPrimitive(Glib::FrameDescription{box, fromColour(view_.getPalette().text()), 1});
     r.addModifiedArea(box);
   }
   // The query, then the results: the chosen one on a highlight. The list
   // scrolls so that the chosen one shows.
   int y = box.y1 - 2 - rowHeight;
   const std::wstring prompt = L"Add: " + search_.query + L"_";
-  drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt), getPalette().text(), {});
+  view_.drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt), view_.getPalette().text(), {});
   if (search_.full) {
     y -= rowHeight;
-    drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight},
+    view_.drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight},
              LightweightString<wchar_t>(L"The search takes " + std::to_wstring(longestQuery) + L" characters at most"),
-             getPalette().text(), {});
+             view_.getPalette().text(), {});
   }
   if (search_.results.empty()) {
     y -= rowHeight;
-    drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(L"No effect matches"),
-             getPalette().text(), {});
+    view_.drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(L"No effect matches"),
+             view_.getPalette().text(), {});
     return;
   }
   const int first = std::max(0, search_.chosen - shownRows + 1);
@@ -161,11 +175,11 @@ void FXGraphView::drawSearch() {
     y -= rowHeight;
     const PixelBox row{box.x0 + 2, y, box.x1 - 2, y + rowHeight};
     if (i == search_.chosen) {
-      CanvasRenderer r = canvas().renderer();
+      CanvasRenderer r = view_.canvas().renderer();
       r.renderPrimitive(Glib::RectDescription{row, fromColour(Colour(0.25, 0.45, 0.8))});
       r.addModifiedArea(row);
     }
-    drawText({row.x0 + 10, row.y0, row.x1 - 4, row.y1}, search_.results[static_cast<std::size_t>(i)].name,
-             i == search_.chosen ? Colour(1, 1, 1) : getPalette().text(), {});
+    view_.drawText({row.x0 + 10, row.y0, row.x1 - 4, row.y1}, search_.results[static_cast<std::size_t>(i)].name,
+             i == search_.chosen ? Colour(1, 1, 1) : view_.getPalette().text(), {});
   }
 }

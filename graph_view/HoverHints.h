@@ -1,0 +1,49 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "graph_view/FXGraphView.h"
+#include "graph_view/ViewPart.h"
+
+// What the mouse rests on, and the hints drawn for it: the wires that feed
+// the hovered node, all the way up, are lit; a node the mouse rests on for
+// tooltipMs shows its description beside the mouse until the mouse moves
+// off it or is pressed; while a wire dangles, the pads that would take it
+// are ringed in green and the others dimmed. Every node has a description
+// in words.
+class GRPHTOOL_API HoverHints : public ViewPart {
+public:
+  static constexpr uint64_t tooltipMs = 600;
+
+  explicit HoverHints(FXGraphView& view) : ViewPart(view) {}
+
+  // Follows the mouse; never takes an event from the view.
+  bool mouse(const Event& e) override;
+  // Shows the tooltip once it is due.
+  void tick();
+  // The lit wires and the pads that take a dangling wire.
+  void draw() override;
+  void drawTooltip();
+  void rebuilt() override;
+
+  // The node under the mouse and every node upstream of it.
+  const std::vector<IdStamp>& highlighted() const noexcept { return highlighted_; }
+  bool tooltipShowing() const noexcept { return tipShown_; }
+  // While a wire dangles: every pad that would take it, as the editor
+  // judges (no cycle, no locked input): free inputs for a wire from an
+  // output, spare output slots for a wire from an input.
+  std::vector<FXGraphView::PadRef> acceptingPads() const;
+  // Says what a node is in words: its kind, title, whether it is on, what
+  // feeds each input and what its output feeds.
+  LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
+
+private:
+  void update(XY<int> position);
+  void dropTooltip();
+
+  IdStamp hovered_;
+  std::vector<IdStamp> highlighted_;
+  uint64_t hoverSince_ = 0;
+  bool tipHold_ = false; // a timer hold until the tooltip is due
+  bool tipShown_ = false;
+};

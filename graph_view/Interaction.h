@@ -1,0 +1,37 @@
+#pragma once
+#include "graph_nodes/FXGraphViewNode.h"
+#include "host/core/Ptr.h"
+#include "host/core/XY.h"
+
+// Which gesture holds the view, with the data of each: one at a time, as
+// imnodes keeps one click interaction. The view's mouse and key rules start
+// and end them; a rebuild of the node list ends whichever is going on
+// (holding a wire is let go before: the edit changed under it).
+//
+//   kind          | starts                              | ends
+//   none          |                                     |
+//   panning       | a left press on empty canvas        | the release, a right click
+//   draggingNode  | a left press on a node's body       | the release
+//   holdingWire   | a click on a pad                    | a click on a pad that takes it, a press on
+//                 |                                     | empty canvas, a change of the edit
+//   navigating    | a left press in the navigator       | the release, the navigator turned off
+//   searching     | Tab, or a letter that is no command | Return, Escape, Tab
+struct Interaction {
+  enum Kind { none, panning, draggingNode, holdingWire, navigating, searching };
+  Kind kind = none;
+
+  // panning: the last mouse position, screen pixels.
+  XY<int> panLast;
+  // draggingNode: the node, and where on it the press took it (view
+  // pixels from its centre).
+  Ux::Ptr<FXGraphViewNode> moved;
+  XY<int> grab;
+  // holdingWire: the node the wire is fixed at, its pad there, whether that
+  // is an input, where the pad is (the wire's fixed end, view pixels) and
+  // where the mouse was when the wire was taken.
+  Ux::Ptr<FXGraphViewNode> anchor;
+  int anchorPad = 0;
+  bool anchoredAtInput = false;
+  XY<int> fixedEnd;
+  XY<int> dragStart;
+};
