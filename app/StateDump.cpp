@@ -32,7 +32,7 @@ std::string id(const IdStamp& i) { return i.asString().str(); }
 std::string state(const FXGraphViewNode& n) {
   const NodeView* view = n.view();
   if (!view) return {};
-  const EditGraphIterator at = view->getIteratorFor(n.getNodeID(), 9);
+  const EditGraphIterator at = view->getIteratorFor(n.getNodeID(), EditGraphIterator::atNode);
   return at.isValid() ? at.getState().asString().str() : std::string();
 }
 

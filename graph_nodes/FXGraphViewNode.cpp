@@ -30,7 +30,6 @@ const XY<double> FXGraphViewNode::padSize_(0.01, 0.02);
 namespace {
 
 // Iterator option: positioned at a node, found from the roots.
-constexpr int atNode = 9;
 // Title bar height, graph units.
 constexpr double titleBarHeight = 0.025;
 
@@ -97,7 +96,7 @@ bool FXGraphViewNode::getNodeActive() const {
 }
 
 EditGraphIterator FXGraphViewNode::getIterator() const {
-  return view_ ? view_->getIteratorFor(id_, atNode) : EditGraphIterator();
+  return view_ ? view_->getIteratorFor(id_, EditGraphIterator::atNode) : EditGraphIterator();
 }
 
 void FXGraphViewNode::generalUpdateNotification(const EffectModification&) { generalUpdateNotify(); }

@@ -14,7 +14,6 @@
 namespace {
 
 // Iterator option: positioned at a node, found from the roots.
-constexpr int atNode = 9;
 // Title bar (and input label) height, graph units.
 constexpr double titleBarHeight = 0.025;
 const Colour inactiveText(0.2, 0.2, 0.2);
@@ -60,7 +59,7 @@ void FXGraphViewNode::draw() {
 
 void FXGraphViewNode::drawThumbnail() {
   EditGraphIterator at = getIterator();
-  if (!at.isValid() && view_) at = view_->getIteratorFor(locator_.channel, atNode);
+  if (!at.isValid() && view_) at = view_->getIteratorFor(locator_.channel, EditGraphIterator::atNode);
   if (at.isValid()) drawThumbnail(at);
   lastThumbTime_ = at.getTime();
 }

@@ -264,14 +264,17 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   for (const auto& n : nodes_) {
     int index = 0;
     if (n->translateMouseEvent(at.x, at.y, index) == FXGraphViewNode::eNothing) continue;
-    const MenuItems commands = EffectMenuItems::getItemsForComponent(getIteratorFor(n->getNodeID(), 9));
+    const MenuItems commands =
+        EffectMenuItems::getItemsForComponent(getIteratorFor(n->getNodeID(), EditGraphIterator::atNode));
     items.insert(items.end(), commands.begin(), commands.end());
     break;
   }
   return items;
 }
 
-bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) { return drops_->canAccept(item, position); }
+bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) {
+  return drops_->canAccept(item, position);
+}
 
 bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) { return drops_->accept(item, position); }
 

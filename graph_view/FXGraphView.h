@@ -44,6 +44,7 @@
 #include "values/ValServer.h"
 
 class Arrangement;
+class FXEditor;
 class HoverHints;
 class KeyboardFocus;
 class Navigator;
@@ -202,6 +203,8 @@ public:
   bool handleKeyEvent(const Event& e) override;
   bool handleInputClicked(Ux::Ptr<FXGraphViewNode> node, int input);
   bool handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output);
+  // Both pad clicks: drops the held wire on the pad, or picks one up there.
+  bool handlePadClicked(const WireEnd& clicked);
   bool handleNodeClicked(Ux::Ptr<FXGraphViewNode> node);
   bool removeDraggedIFConnection();
   // The panel that holds the view, for what the view asks of it (commands
@@ -216,9 +219,9 @@ public:
   void endNavigating();
   // The drag state: the anchor node (null when no wire is dragged), its
   // pad, and whether the wire hangs from an input; the node moved by hand.
-  const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return interaction_.anchor; }
-  int dragAnchorPad() const noexcept { return interaction_.anchorPad; }
-  bool dragAnchoredAtInput() const noexcept { return interaction_.anchoredAtInput; }
+  const Ux::Ptr<FXGraphViewNode>& dragAnchor() const noexcept { return interaction_.held.node; }
+  int dragAnchorPad() const noexcept { return interaction_.held.pad; }
+  bool dragAnchoredAtInput() const noexcept { return interaction_.held.atInput; }
   const XY<int>& dragFixedEnd() const noexcept { return interaction_.fixedEnd; }
   const Ux::Ptr<FXGraphViewNode>& movedNode() const noexcept { return interaction_.moved; }
   bool isBusy() const noexcept { return busy_; }
@@ -310,6 +313,9 @@ private:
   void pressLeft(const Event& e);
   void releaseMovedNode(const Event& e);
   void dragMovedNode(const Event& e);
+  // The two halves of a pad click.
+  void dropHeldWire(FXEditor& editor, const WireEnd& clicked);
+  void pickUpWire(FXEditor& editor, const WireEnd& clicked);
   // Focus.
   EditPtr edit_;
   IdStamp focusNode_;

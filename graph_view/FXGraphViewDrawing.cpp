@@ -102,13 +102,13 @@ void FXGraphView::drawConnections(eEdgeType type) {
   // The wire picked up by a drag is not drawn where it was.
   const FXGraphViewNode* skipNode = nullptr;
   int skipInput = -1;
-  if (interaction_.anchor) {
-    if (interaction_.anchoredAtInput) {
-      skipNode = interaction_.anchor.get();
-      skipInput = interaction_.anchorPad;
-    } else if (FXGraphViewNode* fed = interaction_.anchor->getOutputConnect(interaction_.anchorPad)) {
+  if (interaction_.held.node) {
+    if (interaction_.held.atInput) {
+      skipNode = interaction_.held.node.get();
+      skipInput = interaction_.held.pad;
+    } else if (FXGraphViewNode* fed = interaction_.held.node->getOutputConnect(interaction_.held.pad)) {
       skipNode = fed;
-      skipInput = fed->findInputConnectFor(interaction_.anchor.get(), interaction_.anchorPad);
+      skipInput = fed->findInputConnectFor(interaction_.held.node.get(), interaction_.held.pad);
     }
   }
   const auto thickness = static_cast<unsigned short>(getEdgeThickness(type));
@@ -201,13 +201,13 @@ void FXGraphView::drawPrimaryNodeHighlight() {
 }
 
 void FXGraphView::drawDraggedConnection() {
-  if (!interaction_.anchor) return;
+  if (!interaction_.held.node) return;
   // From the fixed end to the mouse, with the same curve rules; drawn as
   // output to input whichever end is held.
   const XY<int> m = mouse_;
-  const Colour colour = interaction_.anchor->getMainCol();
+  const Colour colour = interaction_.held.node->getMainCol();
   const auto thickness = static_cast<unsigned short>(getEdgeThickness(eHighlightEdge));
-  if (interaction_.anchoredAtInput)
+  if (interaction_.held.atInput)
     drawConnection(m, interaction_.fixedEnd, colour, thickness);
   else
     drawConnection(interaction_.fixedEnd, m, colour, thickness);

@@ -13,7 +13,7 @@
 //   move (more than 2 pixels)    | node moved                | move it (control: its whole graph)
 //   anything else                |                           | the pan and zoom gesture
 //
-// Pad clicks (the drag state is the anchor node, its pad and where it hangs):
+// Pad clicks, one handler for both ends (the held end is the wire's anchor):
 //   click on            | no wire dragged                      | wire dragged
 //   connected input     | pick the wire up: hangs from the     | nothing (only a free input takes it)
 //                       | source's output (undo step)          |
@@ -36,10 +36,6 @@
 #include "host/ui/MenuGlob.h"
 
 namespace {
-constexpr int atNode = 9;
-// An iterator placed at the clicked node to disconnect its input.
-constexpr int clickedNode = 1;
-
 // A kind-5 (structure) modification of the edit: views rebuild.
 void structureChanged(const EditPtr& edit) {
   edit->addModification({EditModification(EditModification::structure)}, true);
@@ -234,124 +230,103 @@ bool FXGraphView::handleNodeClicked(Ux::Ptr<FXGraphViewNode> node) {
 }
 
 bool FXGraphView::removeDraggedIFConnection() {
-  if (!interaction_.anchor || !interaction_.anchor->graphNode() || !edit_) return false;
-  const Ux::Ptr<FXGraphViewNode> anchor = interaction_.anchor;
-  const int pad = interaction_.anchorPad;
-  const bool atInput = interaction_.anchoredAtInput;
+  const WireEnd held = interaction_.held;
+  if (!held.node || !held.node->graphNode() || !edit_) return false;
   disableETime();
   endInteraction();
   FXEditor editor(edit_, 0, getPrimaryChanIx());
-  if (atInput) {
-    if (anchor->getInputConnect(pad)) {
+  if (held.atInput) {
+    if (held.node->getInputConnect(held.pad)) {
       EasyBackup step(edit_);
-      editor.disconnectNodes(getIteratorFor(anchor->graphNode(), atNode), pad, true);
+      editor.disconnectNodes(getIteratorFor(held.node->graphNode(), EditGraphIterator::atNode), held.pad, true);
     }
-  } else if (FXGraphViewNode* fed = anchor->getOutputConnect(pad)) {
+  } else if (FXGraphViewNode* fed = held.node->getOutputConnect(held.pad)) {
     EasyBackup step(edit_);
-    const int input = fed->findInputConnectFor(anchor.get(), pad);
-    editor.disconnectNodes(getIteratorFor(fed->graphNode(), atNode), input, true);
+    const int input = fed->findInputConnectFor(held.node.get(), held.pad);
+    editor.disconnectNodes(getIteratorFor(fed->graphNode(), EditGraphIterator::atNode), input, true);
   }
   structureChanged(edit_);
   return true;
 }
 
 bool FXGraphView::handleInputClicked(Ux::Ptr<FXGraphViewNode> node, int input) {
-  if (!node->graphNode() || !edit_) return true;
+  return handlePadClicked({std::move(node), input, true});
+}
+
+bool FXGraphView::handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output) {
+  return handlePadClicked({std::move(node), output, false});
+}
+
+bool FXGraphView::handlePadClicked(const WireEnd& clicked) {
+  if (!clicked.node->graphNode() || !edit_) return true;
   Glib::UpdateDeferrer defer;
   busy_ = true;
   FXEditor editor(edit_, 0, getPrimaryChanIx());
-  if (interaction_.anchor) {
-    // Only a wire hanging from an output may end on an input, and only on a free one.
-    if (!interaction_.anchoredAtInput && !node->getInputConnect(input)) {
-      EditGraphIterator destination = getIteratorFor(node->graphNode(), atNode);
-      EditGraphIterator source = getIteratorFor(interaction_.anchor->graphNode(), atNode);
-      if (editor.canConnectNodes(destination, input, source)) {
-        if (getVob()) getVob()->makeBackup();
-        // An output slot never feeds two inputs: what it fed lets go first.
-        if (FXGraphViewNode* fed = interaction_.anchor->getOutputConnect(interaction_.anchorPad)) {
-          const int fedInput = fed->findInputConnectFor(interaction_.anchor.get(), interaction_.anchorPad);
-          editor.disconnectNodes(getIteratorFor(fed->graphNode(), atNode), fedInput, true);
-        }
-        editor.connectNodes(destination, input, source, true);
-        if (getVob() && getVob()->getStateFlag()) TransitStatus::manager().notifyChange(getVob());
-        disableETime();
-        endInteraction();
-        structureChanged(edit_);
-      }
-    }
-  } else {
-    if (FXGraphViewNode* up = node->getInputConnect(input)) {
-      EasyBackup step(edit_);
-      interaction_ = Interaction();
-      interaction_.kind = Interaction::holdingWire;
-      interaction_.anchoredAtInput = false;
-      interaction_.anchor = up;
-      interaction_.anchorPad = up->findOutputConnectFor(node.get(), input);
-      editor.disconnectNodes(getIteratorFor(node->graphNode(), clickedNode), input, true);
-      node->disconnectInput(input);
-      up->disconnectOutput(interaction_.anchorPad);
-      structureChanged(edit_);
-      interaction_.fixedEnd = up->getOutputPos(static_cast<unsigned char>(interaction_.anchorPad));
-    } else {
-      interaction_ = Interaction();
-      interaction_.kind = Interaction::holdingWire;
-      interaction_.anchoredAtInput = true;
-      interaction_.anchor = node;
-      interaction_.anchorPad = input;
-      interaction_.fixedEnd = node->getInputPos(static_cast<unsigned long>(input));
-    }
-    interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};
-    enableETime();
-  }
+  if (interaction_.held.node)
+    dropHeldWire(editor, clicked);
+  else
+    pickUpWire(editor, clicked);
   busy_ = false;
   return true;
 }
 
-bool FXGraphView::handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output) {
-  if (!node->graphNode() || !edit_) return true;
-  Glib::UpdateDeferrer defer;
-  busy_ = true;
-  FXEditor editor(edit_, 0, getPrimaryChanIx());
-  if (interaction_.anchor) {
-    // A wire hanging from an input is dropped on the spare output slot.
-    if (interaction_.anchoredAtInput && output == static_cast<int>(node->outputTable().size())) {
-      EditGraphIterator destination = getIteratorFor(interaction_.anchor->graphNode(), atNode);
-      EditGraphIterator source = getIteratorFor(node->graphNode(), atNode);
-      if (editor.canConnectNodes(destination, interaction_.anchorPad, source)) {
-        if (getVob()) getVob()->makeBackup();
-        disableETime();
-        const int pad = interaction_.anchorPad;
-        endInteraction();
-        editor.disconnectNodes(destination, pad, true);
-        editor.connectNodes(destination, pad, source, true);
-        if (getVob() && getVob()->getStateFlag()) TransitStatus::manager().notifyChange(getVob());
-        structureChanged(edit_);
-      }
-    }
+void FXGraphView::dropHeldWire(FXEditor& editor, const WireEnd& clicked) {
+  const WireEnd held = interaction_.held;
+  // A wire joins an output to an input. A held output lands on a free input;
+  // a held input lands on the spare output slot, never on a wired one.
+  if (held.atInput == clicked.atInput) return;
+  if (clicked.atInput ? clicked.node->getInputConnect(clicked.pad) != nullptr
+                      : clicked.pad != static_cast<int>(clicked.node->outputTable().size()))
+    return;
+  const WireEnd& in = clicked.atInput ? clicked : held;
+  const WireEnd& out = clicked.atInput ? held : clicked;
+  const EditGraphIterator destination = getIteratorFor(in.node->graphNode(), EditGraphIterator::atNode);
+  const EditGraphIterator source = getIteratorFor(out.node->graphNode(), EditGraphIterator::atNode);
+  if (!editor.canConnectNodes(destination, in.pad, source)) return;
+  if (getVob()) getVob()->makeBackup();
+  disableETime();
+  endInteraction();
+  // One wire per pad: an output slot lets go of what it fed before it feeds
+  // the clicked input; a held input is cleared before it takes the output.
+  if (clicked.atInput) {
+    if (FXGraphViewNode* fed = out.node->getOutputConnect(out.pad))
+      editor.disconnectNodes(getIteratorFor(fed->graphNode(), EditGraphIterator::atNode),
+                             fed->findInputConnectFor(out.node.get(), out.pad), true);
   } else {
-    if (FXGraphViewNode* fed = node->getOutputConnect(output)) {
-      EasyBackup step(edit_);
-      interaction_ = Interaction();
-      interaction_.kind = Interaction::holdingWire;
-      interaction_.anchoredAtInput = true;
-      interaction_.anchor = fed;
-      interaction_.anchorPad = fed->findInputConnectFor(node.get(), output);
-      editor.disconnectNodes(getIteratorFor(fed->graphNode(), atNode), interaction_.anchorPad, true);
-      fed->disconnectInput(interaction_.anchorPad);
-      node->disconnectOutput(output);
-      structureChanged(edit_);
-      interaction_.fixedEnd = fed->getInputPos(static_cast<unsigned long>(interaction_.anchorPad));
-    } else {
-      interaction_ = Interaction();
-      interaction_.kind = Interaction::holdingWire;
-      interaction_.anchoredAtInput = false;
-      interaction_.anchor = node;
-      interaction_.anchorPad = output;
-      interaction_.fixedEnd = node->getOutputPos(static_cast<unsigned char>(output));
-    }
-    interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};
-    enableETime();
+    editor.disconnectNodes(destination, in.pad, true);
   }
-  busy_ = false;
-  return true;
+  editor.connectNodes(destination, in.pad, source, true);
+  if (getVob() && getVob()->getStateFlag()) TransitStatus::manager().notifyChange(getVob());
+  structureChanged(edit_);
+}
+
+void FXGraphView::pickUpWire(FXEditor& editor, const WireEnd& clicked) {
+  FXGraphViewNode* far =
+      clicked.atInput ? clicked.node->getInputConnect(clicked.pad) : clicked.node->getOutputConnect(clicked.pad);
+  // A free pad: a new wire hangs from it. A wired pad: the wire comes off
+  // it, in its own undo step, and hangs from its far end.
+  WireEnd held = clicked;
+  if (far)
+    held = {far,
+            clicked.atInput ? far->findOutputConnectFor(clicked.node.get(), clicked.pad)
+                            : far->findInputConnectFor(clicked.node.get(), clicked.pad),
+            !clicked.atInput};
+  interaction_ = Interaction();
+  interaction_.kind = Interaction::holdingWire;
+  interaction_.held = held;
+  if (far) {
+    EasyBackup step(edit_);
+    const WireEnd& in = clicked.atInput ? clicked : held;
+    const WireEnd& out = clicked.atInput ? held : clicked;
+    // A clicked input is taken on the first path that reaches its node.
+    const int option = clicked.atInput ? EditGraphIterator::positionAtNode : EditGraphIterator::atNode;
+    editor.disconnectNodes(getIteratorFor(in.node->graphNode(), option), in.pad, true);
+    in.node->disconnectInput(in.pad);
+    out.node->disconnectOutput(out.pad);
+    structureChanged(edit_);
+  }
+  interaction_.fixedEnd = held.atInput ? held.node->getInputPos(static_cast<unsigned long>(held.pad))
+                                       : held.node->getOutputPos(static_cast<unsigned char>(held.pad));
+  interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};
+  enableETime();
 }

@@ -18,7 +18,6 @@
 
 namespace {
 // Iterator options the node list uses: positioned at a node, found from the roots.
-constexpr int atNode = 9;
 // The focus iterator of a rebuild: whole edit, and one node's tree.
 constexpr int wholeEditFocus = 10;
 constexpr int singleFocusOption = 2;
@@ -151,7 +150,7 @@ int FXGraphView::createViewNodeRecs() {
 }
 
 int FXGraphView::createViewNodeRecs(const IdStamp& root, int rootIndex) {
-  EditGraphIterator at = getIteratorFor(root, atNode);
+  EditGraphIterator at = getIteratorFor(root, EditGraphIterator::atNode);
   if (!at.isValid()) return 0;
   return createViewNodeRecsInternal(at, nullptr, rootIndex);
 }
@@ -294,7 +293,7 @@ bool FXGraphView::assignPositionFromChannel(FXGraphViewNode* node) {
 
 bool FXGraphView::assignPositionFromConnections(FXGraphViewNode* node) {
   if (node->isFixed()) return false;
-  EditGraphIterator at = getIteratorFor(node->getNodeID(), atNode);
+  EditGraphIterator at = getIteratorFor(node->getNodeID(), EditGraphIterator::atNode);
   if (!at.isValid()) return false;
   // Output side: beside a sibling placed by hand, or one gap left of the parent.
   EditGraphIterator up = at;
@@ -414,7 +413,7 @@ void FXGraphView::autoTidy() { autoTidyNodeRecs(getRoots(), {0, 0}); }
 void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin) {
   ++stats_.tidies;
   for (const IdStamp& root : roots) {
-    EditGraphIterator at = getIteratorFor(root, atNode);
+    EditGraphIterator at = getIteratorFor(root, EditGraphIterator::atNode);
     // About 60 KB of local tree: kept off the stack.
     auto tidier = std::make_unique<FXGraphTidier>(*this, layoutGap, layoutGap);
     tidier->tidyTreeStruct(at, origin.x, origin.y);
@@ -480,7 +479,7 @@ void FXGraphView::translateManuallyPositionedNodes(EditGraphIterator& at, double
 }
 
 void FXGraphView::translateManuallyPositionedNodes(Ux::Ptr<FXGraphNodeBase> node, double dx, double dy, bool) {
-  EditGraphIterator at = getIteratorFor(node, atNode);
+  EditGraphIterator at = getIteratorFor(node, EditGraphIterator::atNode);
   Vector<IdStamp> components;
   at.findAllComponents(components);
   for (const IdStamp& id : components) {

@@ -12,7 +12,6 @@
 #include "host/ui/HostClock.h"
 
 namespace {
-constexpr int atNode = 9;
 
 std::wstring quoted(const LightweightString<wchar_t>& text) { return L"\u201c" + std::wstring(text.str()) + L"\u201d"; }
 
@@ -59,21 +58,22 @@ std::vector<FXGraphView::PadRef> HoverHints::acceptingPads() const {
   if (!anchor || !anchor->graphNode() || !edit) return pads;
   FXEditor editor(edit, 0, view_.getPrimaryChanIx());
   if (view_.dragAnchoredAtInput()) {
-    const EditGraphIterator destination = view_.getIteratorFor(anchor->graphNode(), atNode);
+    const EditGraphIterator destination = view_.getIteratorFor(anchor->graphNode(), EditGraphIterator::atNode);
     for (const auto& n : view_.nodes()) {
       if (!n->graphNode() || !n->isVisibleFlag()) continue;
-      if (editor.canConnectNodes(destination, view_.dragAnchorPad(), view_.getIteratorFor(n->graphNode(), atNode)))
+      if (editor.canConnectNodes(destination, view_.dragAnchorPad(),
+                                 view_.getIteratorFor(n->graphNode(), EditGraphIterator::atNode)))
         pads.push_back({n->getNodeID(), static_cast<int>(n->outputTable().size()), false});
     }
   } else {
-    const EditGraphIterator source = view_.getIteratorFor(anchor->graphNode(), atNode);
+    const EditGraphIterator source = view_.getIteratorFor(anchor->graphNode(), EditGraphIterator::atNode);
     for (const auto& n : view_.nodes()) {
       if (!n->graphNode() || !n->isVisibleFlag()) continue;
       const unsigned count = n->graphNode()->getNumInputs();
       EditGraphIterator destination;
       for (unsigned i = 0; i < count; ++i) {
         if (n->getInputConnect(static_cast<int>(i))) continue;
-        if (!destination.isValid()) destination = view_.getIteratorFor(n->graphNode(), atNode);
+        if (!destination.isValid()) destination = view_.getIteratorFor(n->graphNode(), EditGraphIterator::atNode);
         if (editor.canConnectNodes(destination, static_cast<int>(i), source))
           pads.push_back({n->getNodeID(), static_cast<int>(i), true});
       }
@@ -153,7 +153,8 @@ void HoverHints::drawTooltip() {
   }
   int y = y1 - 3 - lineHeight;
   for (const std::wstring& l : lines) {
-    view_.drawText({box.x0 + 6, y, box.x1 - 4, y + lineHeight}, LightweightString<wchar_t>(l), Colour(0.1, 0.1, 0.1), {}, 8);
+    view_.drawText({box.x0 + 6, y, box.x1 - 4, y + lineHeight}, LightweightString<wchar_t>(l), Colour(0.1, 0.1, 0.1),
+                   {}, 8);
     y -= lineHeight;
   }
 }
@@ -193,7 +194,7 @@ void HoverHints::draw() {
       for (const auto& [input, entry] : n->inputTable()) {
         if (!entry.node || !entry.node->isVisibleFlag()) continue;
         view_.drawConnection(entry.node->getOutputPos(static_cast<unsigned char>(entry.index)),
-                       n->getInputPos(static_cast<unsigned long>(input)), lit, thickness);
+                             n->getInputPos(static_cast<unsigned long>(input)), lit, thickness);
       }
     }
   }

@@ -16,6 +16,13 @@
 //                 |                                     | empty canvas, a change of the edit
 //   navigating    | a left press in the navigator       | the release, the navigator turned off
 //   searching     | Tab, or a letter that is no command | Return, Escape, Tab
+// One end of a wire: a node's pad, an input or an output.
+struct WireEnd {
+  Ux::Ptr<FXGraphViewNode> node;
+  int pad = 0;
+  bool atInput = false;
+};
+
 struct Interaction {
   enum Kind { none, panning, draggingNode, holdingWire, navigating, searching };
   Kind kind = none;
@@ -26,12 +33,10 @@ struct Interaction {
   // pixels from its centre).
   Ux::Ptr<FXGraphViewNode> moved;
   XY<int> grab;
-  // holdingWire: the node the wire is fixed at, its pad there, whether that
-  // is an input, where the pad is (the wire's fixed end, view pixels) and
-  // where the mouse was when the wire was taken.
-  Ux::Ptr<FXGraphViewNode> anchor;
-  int anchorPad = 0;
-  bool anchoredAtInput = false;
+  // holdingWire: the pad the wire is fixed at (its anchor), where that pad
+  // is (the wire's fixed end, view pixels) and where the mouse was when the
+  // wire was taken.
+  WireEnd held;
   XY<int> fixedEnd;
   XY<int> dragStart;
 };

@@ -13,7 +13,6 @@
 #include "host/ui/EffectMenuItems.h"
 
 namespace {
-constexpr int atNode = 9;
 
 XY<double> centreOf(const FXGraphViewNode& n) { return {(n.getL() + n.getR()) / 2, (n.getB() + n.getT()) / 2}; }
 } // namespace
@@ -42,7 +41,8 @@ bool KeyboardFocus::key(const Event& e) {
     auto* effect = dynamic_cast<EffectInstance*>(focus->graphNode().get());
     if (effect && !dynamic_cast<AliasedInputEffect*>(effect))
       if (view_.host_)
-        view_.host_->runItemCommand(EffectMenuItems::commandFor("fxutr", "params", view_.getIteratorFor(focus_, atNode)));
+        view_.host_->runItemCommand(
+            EffectMenuItems::commandFor("fxutr", "params", view_.getIteratorFor(focus_, EditGraphIterator::atNode)));
     return true;
   }
   case Event::keySpace:
@@ -58,7 +58,9 @@ bool KeyboardFocus::key(const Event& e) {
         break;
       }
     const IdStamp gone = focus_;
-    if (view_.host_) view_.host_->runItemCommand(EffectMenuItems::commandFor("fxutr", "remove_utr", view_.getIteratorFor(gone, atNode)));
+    if (view_.host_)
+      view_.host_->runItemCommand(
+          EffectMenuItems::commandFor("fxutr", "remove_utr", view_.getIteratorFor(gone, EditGraphIterator::atNode)));
     if (!view_.findViewRecForNode(gone)) set(next);
     return true;
   }

@@ -51,7 +51,7 @@ bool TemplateDrops::accept(const DragDropItem& item, XY<int> position) {
 bool TemplateDrops::insertAbove(const EffectTemplateSummary& t, const IdStamp& node) {
   const EditPtr& edit = view_.getEdit();
   if (!edit) return false;
-  EditGraphIterator at = view_.getIteratorFor(node, 9);
+  EditGraphIterator at = view_.getIteratorFor(node, EditGraphIterator::atNode);
   if (!at.isValid()) return false;
   EasyBackup step(edit);
   FXEditor(edit).insertAbove(at, effectFromTemplate(*edit, t, at.getNode()->getTrackType()));
@@ -65,9 +65,11 @@ bool TemplateDrops::insertOnWire(const EffectTemplateSummary& t, const FXGraphVi
   FXGraphViewNode* from = wire.to->getInputConnect(wire.input);
   if (!from || !from->graphNode()) return false;
   // The editor must let the input be wired again: a locked effect's inputs stay.
-  const EditGraphIterator destination = view_.getIteratorFor(wire.to->graphNode(), 9);
+  const EditGraphIterator destination = view_.getIteratorFor(wire.to->graphNode(), EditGraphIterator::atNode);
   FXEditor editor(edit, 0, view_.getPrimaryChanIx());
-  if (!destination.isValid() || !editor.canConnectNodes(destination, wire.input, view_.getIteratorFor(from->graphNode(), 9)))
+  if (!destination.isValid() ||
+      !editor.canConnectNodes(destination, wire.input,
+                              view_.getIteratorFor(from->graphNode(), EditGraphIterator::atNode)))
     return false;
   // The source as met through that input: the effect goes in between.
   EditGraphIterator at = destination;
@@ -86,7 +88,7 @@ std::vector<XY<int>> TemplateDrops::wirePoints(const FXGraphViewNode& to, int in
   const int output = from->findOutputConnectFor(&to, input);
   if (output < 0) return points;
   for (const FXGraphView::Curve& c : view_.wireCurves(from->getOutputPos(static_cast<unsigned char>(output)),
-                                   to.getInputPos(static_cast<unsigned long>(input)))) {
+                                                      to.getInputPos(static_cast<unsigned long>(input)))) {
     const double length = std::hypot(c[1].x - c[0].x, c[1].y - c[0].y) + std::hypot(c[2].x - c[0].x, c[2].y - c[0].y) +
                           std::hypot(c[3].x - c[1].x, c[3].y - c[1].y);
     const int steps = std::clamp(static_cast<int>(length / 3), 8, 2000);

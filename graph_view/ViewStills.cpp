@@ -32,9 +32,10 @@ void ViewStills::draw() {
   const PixelBox box{w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
   previewBox_ = box;
   if (!view_.drawArea(box)) return;
-  EditGraphIterator at = view_.getIteratorFor(primary->getNodeID(), 9);
+  EditGraphIterator at = view_.getIteratorFor(primary->getNodeID(), EditGraphIterator::atNode);
   if (!at.isValid()) return;
-  const Render::RenderContext context(at, VideoFormat{"preview", pw, ph, view_.getEdit()->getVideoMetadata().aspectRatio()});
+  const Render::RenderContext context(
+      at, VideoFormat{"preview", pw, ph, view_.getEdit()->getVideoMetadata().aspectRatio()});
   Ux::Ptr<UxImage> still;
   if (inBackground_) {
     still = Render::StillsCache::instance().getStillImage(context);
@@ -49,8 +50,8 @@ void ViewStills::draw() {
     still = previewShown_ = Render::VidRenderUtils::cachedStill(context);
   }
   CanvasRenderer r = view_.canvas().renderer();
-  r.renderPrimitive(
-      Glib::RectDescription{{box.x0 - 2, box.y0 - 2, box.x1 + 2, box.y1 + 2}, fromColour(view_.getPalette().window(6))});
+  r.renderPrimitive(Glib::RectDescription{{box.x0 - 2, box.y0 - 2, box.x1 + 2, box.y1 + 2},
+                                          fromColour(view_.getPalette().window(6))});
   if (still)
     r.renderPrimitive(Glib::ImageDescription{box, still});
   else
@@ -68,9 +69,7 @@ bool ViewStills::request(const IdStamp& node, NodeView::Still what, const Render
   return true;
 }
 
-std::size_t ViewStills::pending() const {
-  return timer_ ? Render::StillsQueue::instance().outstanding(&view_) : 0;
-}
+std::size_t ViewStills::pending() const { return timer_ ? Render::StillsQueue::instance().outstanding(&view_) : 0; }
 
 void ViewStills::take() {
   if (!timer_) return;
@@ -95,7 +94,7 @@ void ViewStills::take() {
     const auto w = view_.getWindowPos();
     const ViewStills::PixelBox held = view_.canvas().getClipRect();
     view_.canvas().setClipRect({std::max(previewBox_.x0 - 2, w.x0), std::max(previewBox_.y0 - 2, w.y0),
-                          std::min(previewBox_.x1 + 2, w.x1), std::min(previewBox_.y1 + 2, w.y1)});
+                                std::min(previewBox_.x1 + 2, w.x1), std::min(previewBox_.y1 + 2, w.y1)});
     draw();
     view_.canvas().setClipRect(held);
   }

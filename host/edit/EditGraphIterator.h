@@ -46,7 +46,13 @@ private:
 // the first root at the time. Other bits are accepted and change nothing here.
 class FXHOST_API EditGraphIterator {
 public:
-  enum Options { positionAtNode = 1, startAtFirstRoot = 2, headsFirst = 8 };
+  enum Options {
+    positionAtNode = 1,
+    startAtFirstRoot = 2,
+    headsFirst = 8,
+    // What the view asks for a node it shows: the node, at its head when it heads a channel.
+    atNode = positionAtNode | headsFirst,
+  };
 
   // An invalid iterator.
   EditGraphIterator() = default;

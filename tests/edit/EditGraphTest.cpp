@@ -92,7 +92,8 @@ TEST_F(SmallEdit, CyclesAreWalkableAndFoundAsOrphans) {
 
 TEST_F(SmallEdit, EditorRefusesCyclesSelfFeedingAndWrongSlots) {
   FXEditor editor(edit);
-  EditGraphIterator atMix(edit, 0, mix->getId(), 9), atA(edit, 0, a->getId(), 9), atLoop(edit, 0, loop->getId(), 9);
+  EditGraphIterator atMix(edit, 0, mix->getId(), EditGraphIterator::atNode),
+      atA(edit, 0, a->getId(), EditGraphIterator::atNode), atLoop(edit, 0, loop->getId(), EditGraphIterator::atNode);
   EXPECT_FALSE(editor.canConnectNodes(atMix, 0, atMix)) << "a node may not feed itself";
   EXPECT_FALSE(editor.canConnectNodes(atA, 0, atMix)) << "a material has no inputs";
   EXPECT_FALSE(editor.canConnectNodes(atMix, 2, atLoop)) << "no third input";
@@ -100,7 +101,7 @@ TEST_F(SmallEdit, EditorRefusesCyclesSelfFeedingAndWrongSlots) {
   ASSERT_TRUE(editor.connectNodes(atMix, 0, atLoop, true));
   EXPECT_EQ(mix->getInputTrackId(0), loop->getId());
   // Now the mix depends on the loop: the loop may not take the mix.
-  EXPECT_FALSE(editor.canConnectNodes(EditGraphIterator(edit, 0, tail->getId(), 9), 0, atMix));
+  EXPECT_FALSE(editor.canConnectNodes(EditGraphIterator(edit, 0, tail->getId(), EditGraphIterator::atNode), 0, atMix));
 
   mix->setConnectionEditable(false);
   EXPECT_FALSE(editor.canConnectNodes(atMix, 1, atA)) << "locked connections";
@@ -108,7 +109,8 @@ TEST_F(SmallEdit, EditorRefusesCyclesSelfFeedingAndWrongSlots) {
   Ux::Ptr<MaterialUsageNode> sound(
       new MaterialUsageNode(IdStamp(5, 0, 1), L"tone", MaterialUsageNode::Media::tone, "440", TrackType::audio));
   edit->addNode(sound);
-  EXPECT_FALSE(editor.canConnectNodes(atMix, 1, EditGraphIterator(edit, 0, sound->getId(), 9))) << "audio into video";
+  EXPECT_FALSE(editor.canConnectNodes(atMix, 1, EditGraphIterator(edit, 0, sound->getId(), EditGraphIterator::atNode)))
+      << "audio into video";
 
   ASSERT_TRUE(editor.disconnectNodes(atMix, 1, true));
   EXPECT_FALSE(mix->getInputTrackId(1).valid());
@@ -116,7 +118,7 @@ TEST_F(SmallEdit, EditorRefusesCyclesSelfFeedingAndWrongSlots) {
 
 TEST_F(SmallEdit, DestroyingAHeadLeavesItsFirstInputInPlace) {
   FXEditor editor(edit);
-  ASSERT_TRUE(editor.destroyNode(EditGraphIterator(edit, 0, mix->getId(), 9), true));
+  ASSERT_TRUE(editor.destroyNode(EditGraphIterator(edit, 0, mix->getId(), EditGraphIterator::atNode), true));
   EXPECT_FALSE(edit->openNode(mix->getId()));
   const Cel* cel = edit->getChan(0).celAt(1);
   ASSERT_NE(cel, nullptr);
@@ -141,7 +143,7 @@ TEST_F(SmallEdit, UndoRestoresWholeEditsAndEveryVobHears) {
   FXEditor editor(edit);
   {
     EasyBackup step(&vob);
-    editor.disconnectNodes(EditGraphIterator(edit, 0, mix->getId(), 9), 0, true);
+    editor.disconnectNodes(EditGraphIterator(edit, 0, mix->getId(), EditGraphIterator::atNode), 0, true);
   }
   edit->addModification({EditModification(EditModification::structure)}, true);
   EXPECT_EQ(one.heard, 1);

@@ -95,7 +95,8 @@ TEST_F(PositionLink, ANodeCostsFewSubscriptions) {
 // follow its quiet moves, and one going leaves the other following.
 TEST_F(PositionLink, TwoNodesFollowOneRecord) {
   NodeUIPosRec* stored = node->storedRecord();
-  Ux::Ptr<FXGraphViewNode> second(new FXGraphViewNode(&fx.view(), fx.view().getIteratorFor(head, 9)));
+  Ux::Ptr<FXGraphViewNode> second(
+      new FXGraphViewNode(&fx.view(), fx.view().getIteratorFor(head, EditGraphIterator::atNode)));
   second->followStoredRecord(stored);
   EXPECT_EQ(stored->drawFollowerCount(), 2u);
   stored->setDrawPosition(7, 8, false);

@@ -30,7 +30,8 @@ class NodeWiring : public ::testing::Test {
 protected:
   ViewFixture fx{wiringEdit()};
   Ux::Ptr<FXGraphViewNode> make(const IdStamp& id) {
-    return Ux::Ptr<FXGraphViewNode>(new FXGraphViewNode(&fx.view(), fx.view().getIteratorFor(id, 9)));
+    return Ux::Ptr<FXGraphViewNode>(
+        new FXGraphViewNode(&fx.view(), fx.view().getIteratorFor(id, EditGraphIterator::atNode)));
   }
 };
 

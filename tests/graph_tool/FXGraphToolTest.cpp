@@ -162,8 +162,8 @@ TEST_F(GraphTool, MessagesInTheirOrderWithTheirAnswers) {
   EXPECT_EQ(view->getOrientation(), VidRouting::Orientations::BottomToTop);
 
   // Undo and redo are told by their sender, whatever the text.
-  ASSERT_TRUE(panel->handleMessageEvent("fxutrcycle_inputs " + view->getIteratorFor(dissolve, 9).getState().asString(),
-                                        nullptr));
+  ASSERT_TRUE(panel->handleMessageEvent(
+      "fxutrcycle_inputs " + view->getIteratorFor(dissolve, EditGraphIterator::atNode).getState().asString(), nullptr));
   EXPECT_EQ(edit->openNode(dissolve)->getInputTrackId(0), IdStamp(3, 0, 2)) << "inputs cycled";
   EXPECT_TRUE(panel->handleMessageEvent("anything", panel->undoButton()));
   EXPECT_EQ(edit->openNode(dissolve)->getInputTrackId(0), IdStamp(3, 0, 1));
