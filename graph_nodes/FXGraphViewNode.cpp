@@ -146,9 +146,10 @@ void FXGraphViewNode::ownMoved() {
 void FXGraphViewNode::storedMoved() {
   if (syncing_ || !stored_) return;
   syncing_ = true;
-  pos_.suspendNotifications();
-  pos_.setDrawPosition(stored_->getDrawPosition(), false);
-  pos_.resumeNotifications();
+  {
+    NotificationsSuspended quiet(pos_);
+    pos_.setDrawPosition(stored_->getDrawPosition(), false);
+  }
   syncing_ = false;
 }
 

@@ -49,9 +49,18 @@ FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int sco
 }
 
 FXGraphView::~FXGraphView() {
-  stills_->forget();
+  // The gesture and the parts give their timer holds back while the view is
+  // still whole.
+  endInteraction();
+  autoScroll_.release();
+  fades_.reset();
+  drops_.reset();
+  search_.reset();
+  navigator_.reset();
+  stills_.reset();
+  keyboard_.reset();
+  hints_.reset();
   NodeUIManagerClient::registerWith(nullptr);
-  while (timerHolds_ > 0) disableETime();
   flushNodeList();
   releaseServer(&zoom_);
 }
@@ -81,9 +90,8 @@ void FXGraphView::setEditFocus(const EditPtr& edit, const IdStamp& focusNode, in
   if (manualPositioning()) {
     for (const auto& [id, p] : handPlaced)
       if (Ux::Ptr<FXGraphViewNode> n = findViewRecForNode(id)) {
-        n->suspendNotifications();
+        NotificationsSuspended quiet(n.get());
         n->setPosition(p.x, p.y, false);
-        n->resumeNotifications();
       }
     keepCanvasAroundGraph();
   }
@@ -179,10 +187,7 @@ void FXGraphView::handleModifications(const EditModifications& mods, const VobMo
   // The edit changed under a held wire (an undo, a redo, a change from
   // elsewhere): the wire is let go, so that the view shows the edit as it
   // now is. The view's own pick-up and drop change it while it is busy.
-  if (interaction_.kind == Interaction::holdingWire && !busy_) {
-    disableETime();
-    endInteraction();
-  }
+  if (interaction_.kind == Interaction::holdingWire && !busy_) endInteraction();
   if (!edit_ || edit_->isClosed()) {
     flushNodeList();
     redraw();

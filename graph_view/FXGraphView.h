@@ -116,7 +116,7 @@ public:
   XY<int> getNodeSize() const;
   bool mouseInAutoScrollArea() const;
   void setAutoScrollState(bool on);
-  bool autoScrolling() const noexcept { return autoScroll_; }
+  bool autoScrolling() const noexcept { return static_cast<bool>(autoScroll_); }
   void rotateNodes(double angle);
   void resetView(FXGraphVieweRedrawFlag redrawFlag, FXGraphViewRefitFlag refitFlag);
   void setOrientation(Orientation orientation, bool refit);
@@ -261,8 +261,7 @@ public:
 
   // -- timer --------------------------------------------------------------------
   bool handleTimerEvent(const Event& e) override;
-  void enableETime();
-  void disableETime();
+  // How many holds keep the timer running (TimerHold takes and gives them).
   int timerHolds() const noexcept { return timerHolds_; }
 
   // -- notifications, menus, drops ---------------------------------------------
@@ -299,6 +298,9 @@ private:
   friend class Arrangement;
   friend class SearchToAdd;
   friend class KeyboardFocus;
+  friend class TimerHold;
+  void enableETime();
+  void disableETime();
   void keepCanvasAroundGraph(bool growOnly = false);
   // What a node and its wires cover on the screen, with room round them.
   PixelBox damageOf(const FXGraphViewNode& node) const;
@@ -330,8 +332,8 @@ private:
   GraphBox canvas_{-1, -1, 1, 1};
   ScrollBar* hScroll_ = nullptr;
   ScrollBar* vScroll_ = nullptr;
-  bool autoScroll_ = false;
-  double lastTick_ = 0; // seconds
+  TimerHold autoScroll_; // held while the view scrolls at its edges
+  double lastTick_ = 0;  // seconds
 
   // The node list, and the index of the first node of each id in it.
   std::vector<Ux::Ptr<FXGraphViewNode>> nodes_;

@@ -243,12 +243,8 @@ bool FXGraphView::mouseInAutoScrollArea() const {
 }
 
 void FXGraphView::setAutoScrollState(bool on) {
-  if (on == autoScroll_) return;
-  autoScroll_ = on;
-  if (on)
-    enableETime();
-  else
-    disableETime();
+  if (on == static_cast<bool>(autoScroll_)) return;
+  autoScroll_ = on ? TimerHold(*this) : TimerHold();
 }
 
 void FXGraphView::rotateNodes(double angle) {

@@ -121,7 +121,7 @@ void FXGraphView::pressLeft(const Event& e) {
                              static_cast<int>(e.position.y - (y0 + y1) / 2)};
         interaction_.moved = node;
         keyboard_->set(node->getNodeID());
-        enableETime();
+        interaction_.hold = TimerHold(*this);
         return;
       }
       default:
@@ -145,7 +145,6 @@ void FXGraphView::releaseMovedNode(const Event& e) {
   } else if (e.button == Event::right) {
     MenuGlob::processRightMouseClicks(this, e);
   }
-  disableETime();
   endInteraction();
 }
 
@@ -232,7 +231,6 @@ bool FXGraphView::handleNodeClicked(Ux::Ptr<FXGraphViewNode> node) {
 bool FXGraphView::removeDraggedIFConnection() {
   const WireEnd held = interaction_.held;
   if (!held.node || !held.node->graphNode() || !edit_) return false;
-  disableETime();
   endInteraction();
   FXEditor editor(edit_, 0, getPrimaryChanIx());
   if (held.atInput) {
@@ -284,7 +282,6 @@ void FXGraphView::dropHeldWire(FXEditor& editor, const WireEnd& clicked) {
   const EditGraphIterator source = getIteratorFor(out.node->graphNode(), EditGraphIterator::atNode);
   if (!editor.canConnectNodes(destination, in.pad, source)) return;
   if (getVob()) getVob()->makeBackup();
-  disableETime();
   endInteraction();
   // One wire per pad: an output slot lets go of what it fed before it feeds
   // the clicked input; a held input is cleared before it takes the output.
@@ -328,5 +325,5 @@ void FXGraphView::pickUpWire(FXEditor& editor, const WireEnd& clicked) {
   interaction_.fixedEnd = held.atInput ? held.node->getInputPos(static_cast<unsigned long>(held.pad))
                                        : held.node->getOutputPos(static_cast<unsigned char>(held.pad));
   interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};
-  enableETime();
+  interaction_.hold = TimerHold(*this);
 }

@@ -68,7 +68,6 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   ++stats_.rebuilds;
   // 2. A node being moved by hand is let go; whatever else held the view
   // ends with it.
-  if (interaction_.kind == Interaction::draggingNode) disableETime();
   endInteraction();
   canvas().resetClipRect();
   hints_->rebuilt();
@@ -86,43 +85,43 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
     const std::unordered_map<IdStamp, IdStamp>*& heads;
     ~Forget() { heads = nullptr; }
   } forget{headsDuringRebuild_};
-  // 3. The manager's records changed by the rebuild must not re-enter the view.
   Ux::Ptr<NodeUIPosManager> manager = positionManager();
-  if (manager) manager->suspendNotifications();
-  // 4, 5.
   std::vector<Ux::Ptr<FXGraphViewNode>> old;
-  old.swap(nodes_);
-  nodeIndex_.clear();
-  // The old nodes keep the positions they have now: the new nodes take over
-  // the stored records, and what places them must not move the old ones too.
-  for (const auto& o : old) o->followStoredRecord(nullptr);
-  createViewNodeRecs();
-  // 6. The node standing for the focus.
-  if (edit_) {
-    EditGraphIterator focus = scope_ == wholeEdit
-                                  ? EditGraphIterator(edit_, currentTime(), wholeEditFocus)
-                                  : EditGraphIterator(edit_, currentTime(), focusNode_, singleFocusOption);
-    if (focus.isValid())
-      for (const auto& n : nodes_) n->setPrimary(n->isEquivalentTo(focus));
-  }
-  // 7. Positions carried over from the first old node with the same id.
   std::unordered_map<IdStamp, const FXGraphViewNode*> oldById;
-  for (const auto& o : old) oldById.try_emplace(o->getNodeID(), o.get());
-  for (const auto& n : nodes_) {
-    auto it = oldById.find(n->getNodeID());
-    if (it == oldById.end()) continue;
-    const XY<double> p = it->second->getPosition();
-    n->suspendNotifications();
-    n->setPosition(p.x, p.y, true);
-    n->resumeNotifications();
+  {
+    // 3. The manager's records changed by the rebuild must not re-enter the
+    // view (10: until the new list stands).
+    NotificationsSuspended quiet(manager.get());
+    // 4, 5.
+    old.swap(nodes_);
+    nodeIndex_.clear();
+    // The old nodes keep the positions they have now: the new nodes take over
+    // the stored records, and what places them must not move the old ones too.
+    for (const auto& o : old) o->followStoredRecord(nullptr);
+    createViewNodeRecs();
+    // 6. The node standing for the focus.
+    if (edit_) {
+      EditGraphIterator focus = scope_ == wholeEdit
+                                    ? EditGraphIterator(edit_, currentTime(), wholeEditFocus)
+                                    : EditGraphIterator(edit_, currentTime(), focusNode_, singleFocusOption);
+      if (focus.isValid())
+        for (const auto& n : nodes_) n->setPrimary(n->isEquivalentTo(focus));
+    }
+    // 7. Positions carried over from the first old node with the same id.
+    for (const auto& o : old) oldById.try_emplace(o->getNodeID(), o.get());
+    for (const auto& n : nodes_) {
+      auto it = oldById.find(n->getNodeID());
+      if (it == oldById.end()) continue;
+      const XY<double> p = it->second->getPosition();
+      NotificationsSuspended still(n.get());
+      n->setPosition(p.x, p.y, true);
+    }
+    // 8. In manual positioning a rebuild of the same count keeps positions.
+    if (!(manualPositioning() && nodes_.size() == old.size())) autoTidy();
+    keepCanvasAroundGraph();
+    // 9.
+    setViewZoom(getZoom());
   }
-  // 8. In manual positioning a rebuild of the same count keeps positions.
-  if (!(manualPositioning() && nodes_.size() == old.size())) autoTidy();
-  keepCanvasAroundGraph();
-  // 9.
-  setViewZoom(getZoom());
-  // 10.
-  if (manager) manager->resumeNotifications();
   // 11.
   if (sendGroupUpdate && manager) manager->sendGeneralUpdateNotification("GroupUpdateMsg");
   // Nodes new to a list that had nodes before are marked as they appear.
@@ -139,13 +138,12 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
 
 int FXGraphView::createViewNodeRecs() {
   Ux::Ptr<NodeUIPosManager> manager = positionManager();
-  if (manager) manager->suspendNotifications();
+  NotificationsSuspended quiet(manager.get());
   int created = 0;
   const std::vector<IdStamp> roots = getRoots();
   // Nodes made here settle their editability once the walk knows their paths.
   FXGraphViewNode::EditabilityLater later;
   for (std::size_t i = 0; i < roots.size(); ++i) created += createViewNodeRecs(roots[i], static_cast<int>(i));
-  if (manager) manager->resumeNotifications();
   return created;
 }
 
@@ -283,11 +281,10 @@ NodeUIPosRec* FXGraphView::getPosRecForUtr(CelEventPair& event) {
 }
 
 bool FXGraphView::assignPositionFromChannel(FXGraphViewNode* node) {
-  node->suspendNotifications();
+  NotificationsSuspended quiet(node);
   auto it = channelCache_.find({node->getNodeID(), node->channelIndex()});
   const bool hit = it != channelCache_.end();
   if (hit) node->setPosition(it->second.x, it->second.y, true);
-  node->resumeNotifications();
   return hit;
 }
 
@@ -300,7 +297,7 @@ bool FXGraphView::assignPositionFromConnections(FXGraphViewNode* node) {
   if (up.moveBack()) {
     NodeUIPosRec* parentRec = getPosRecForNode(up.getNode()->getId());
     if (parentRec && parentRec->isManualPosSet()) {
-      node->suspendNotifications();
+      NotificationsSuspended quiet(node);
       const unsigned n = static_cast<uint16_t>(up.getNode()->getNumInputs());
       bool thisFirst = false;
       bool placed = false;
@@ -325,7 +322,6 @@ bool FXGraphView::assignPositionFromConnections(FXGraphViewNode* node) {
         const XY<double> p = parentRec->getManualPos();
         node->setPosition(p.x - layoutGap, p.y, true);
       }
-      node->resumeNotifications();
       return false;
     }
   }
@@ -351,9 +347,8 @@ bool FXGraphView::assignPositionFromConnections(FXGraphViewNode* node) {
     }
   }
   if (any) {
-    node->suspendNotifications();
+    NotificationsSuspended quiet(node);
     node->setPosition(maxX + layoutGap, minY + (maxY - minY) / 2, true);
-    node->resumeNotifications();
   }
   return false;
 }
@@ -366,7 +361,7 @@ int FXGraphView::assignPositionsManual(Vector<FXGraphViewNode*>& group, double x
   for (auto it = group.rbegin(); it != group.rend(); ++it) {
     FXGraphViewNode* n = *it;
     if (n->isFixed()) continue;
-    n->suspendNotifications();
+    NotificationsSuspended quiet(n);
     if (n->isPrimary()) {
       n->setPosition(y + layoutGap, step, true);
     } else {
@@ -376,7 +371,6 @@ int FXGraphView::assignPositionsManual(Vector<FXGraphViewNode*>& group, double x
         runningX -= layoutGap;
       }
     }
-    n->resumeNotifications();
   }
   XY<double> materialAt = findMaterialNodePosition();
   double runningY = materialAt.y;
@@ -384,7 +378,7 @@ int FXGraphView::assignPositionsManual(Vector<FXGraphViewNode*>& group, double x
   for (auto it = group.rbegin(); it != group.rend(); ++it) {
     FXGraphViewNode* n = *it;
     if (n->isFixed()) continue;
-    n->suspendNotifications();
+    NotificationsSuspended quiet(n);
     if (materialAt.x != -1) {
       runningY -= layoutGap;
       n->setPosition(materialAt.x, runningY, true);
@@ -393,7 +387,6 @@ int FXGraphView::assignPositionsManual(Vector<FXGraphViewNode*>& group, double x
       materialAt = n->getPosition();
       runningY = materialAt.y;
     }
-    n->resumeNotifications();
     ++placed;
   }
   return placed;
@@ -518,7 +511,7 @@ EditGraphIterator FXGraphView::getIteratorFor(const IdStamp& id, int flags) cons
   if (edit_->findChan(id) >= 0) return EditGraphIterator::atChannel(edit_, currentTime(), id);
   // A node that heads a channel starts there, as the iterator's own search
   // would find it; during a rebuild the heads are known already.
-  constexpr int headFirst = EditGraphIterator::positionAtNode | EditGraphIterator::headsFirst;
+  constexpr int headFirst = EditGraphIterator::atNode;
   if (headsDuringRebuild_ && (flags & headFirst) == headFirst)
     if (const auto head = headsDuringRebuild_->find(id); head != headsDuringRebuild_->end() && edit_->openNode(id))
       return EditGraphIterator::atChannel(edit_, currentTime(), head->second);

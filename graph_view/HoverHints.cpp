@@ -36,8 +36,7 @@ bool HoverHints::mouse(const Event& e) {
 
 void HoverHints::tick() {
   if (tipHold_ && msecsNow() - hoverSince_ >= tooltipMs) {
-    tipHold_ = false;
-    view_.disableETime();
+    tipHold_.release();
     tipShown_ = true;
     view_.redraw();
   }
@@ -47,8 +46,8 @@ void HoverHints::rebuilt() {
   // The wires may have changed under the mouse: lit again when it moves.
   hovered_ = IdStamp();
   highlighted_.clear();
-  if (tipHold_) view_.disableETime();
-  tipHold_ = tipShown_ = false;
+  tipHold_.release();
+  tipShown_ = false;
 }
 
 std::vector<FXGraphView::PadRef> HoverHints::acceptingPads() const {
@@ -97,8 +96,7 @@ void HoverHints::update(XY<int> position) {
   dropTooltip();
   if (over.valid()) {
     hoverSince_ = msecsNow();
-    tipHold_ = true;
-    view_.enableETime();
+    tipHold_ = TimerHold(view_);
   }
   if (Ux::Ptr<FXGraphViewNode> start = over.valid() ? view_.findViewRecForNode(over) : Ux::Ptr<FXGraphViewNode>()) {
     // Upstream, each node once: graphs share inputs.
@@ -117,8 +115,7 @@ void HoverHints::update(XY<int> position) {
 }
 
 void HoverHints::dropTooltip() {
-  if (tipHold_) view_.disableETime();
-  tipHold_ = false;
+  tipHold_.release();
   if (tipShown_) view_.redraw();
   tipShown_ = false;
 }

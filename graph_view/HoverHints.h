@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "graph_view/FXGraphView.h"
+#include "graph_view/TimerHold.h"
 #include "graph_view/ViewPart.h"
 
 // What the mouse rests on, and the hints drawn for it: the wires that feed
@@ -44,6 +45,6 @@ private:
   IdStamp hovered_;
   std::vector<IdStamp> highlighted_;
   uint64_t hoverSince_ = 0;
-  bool tipHold_ = false; // a timer hold until the tooltip is due
+  TimerHold tipHold_; // the timer runs until the tooltip is due
   bool tipShown_ = false;
 };

@@ -1,5 +1,6 @@
 #pragma once
 #include "graph_nodes/FXGraphViewNode.h"
+#include "graph_view/TimerHold.h"
 #include "host/core/Ptr.h"
 #include "host/core/XY.h"
 
@@ -39,4 +40,7 @@ struct Interaction {
   WireEnd held;
   XY<int> fixedEnd;
   XY<int> dragStart;
+  // draggingNode, holdingWire: the timer runs (the wire follows the mouse,
+  // the view scrolls at its edges) until the gesture ends.
+  TimerHold hold;
 };

@@ -5,10 +5,9 @@
 #include "graph_view/FXGraphView.h"
 
 void NodeFades::start(std::vector<IdStamp> ids) {
-  const bool running = !fading_.empty() && progress_ < 1;
   fading_ = std::move(ids);
   progress_ = 0;
-  if (!running) view_.enableETime();
+  if (!hold_) hold_ = TimerHold(view_);
 }
 
 bool NodeFades::advance(double by) {
@@ -16,7 +15,7 @@ bool NodeFades::advance(double by) {
   progress_ = std::min(1.0, progress_ + by / seconds);
   if (progress_ >= 1) {
     fading_.clear();
-    view_.disableETime();
+    hold_.release();
   }
   view_.redraw();
   return true;

@@ -1,6 +1,7 @@
 #pragma once
 #include <vector>
 
+#include "graph_view/TimerHold.h"
 #include "graph_view/ViewPart.h"
 #include "host/core/IdStamp.h"
 
@@ -20,4 +21,5 @@ public:
 private:
   std::vector<IdStamp> fading_;
   double progress_ = 1; // 0 as they appear, 1 gone
+  TimerHold hold_;      // the timer runs while they fade
 };

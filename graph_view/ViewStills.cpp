@@ -15,8 +15,7 @@ ViewStills::~ViewStills() { forget(); }
 void ViewStills::forget() {
   if (!timer_) return;
   Render::StillsQueue::instance().forget(&view_);
-  timer_ = false;
-  view_.disableETime();
+  timer_.release();
 }
 
 void ViewStills::draw() {
@@ -63,8 +62,7 @@ bool ViewStills::request(const IdStamp& node, NodeView::Still what, const Render
   if (!Render::StillsQueue::instance().request(&view_, node, what, context)) return false;
   if (!timer_) {
     // Finished stills are looked for on each tick.
-    timer_ = true;
-    view_.enableETime();
+    timer_ = TimerHold(view_);
   }
   return true;
 }
@@ -76,8 +74,7 @@ void ViewStills::take() {
   Render::StillsQueue& queue = Render::StillsQueue::instance();
   std::vector<Render::StillsQueue::Finished> finished = queue.take(&view_);
   if (queue.outstanding(&view_) == 0) {
-    timer_ = false;
-    view_.disableETime();
+    timer_.release();
   }
   if (finished.empty()) return;
   std::unordered_set<IdStamp> nodes;

@@ -1,5 +1,6 @@
 #pragma once
 #include "graph_nodes/NodeView.h"
+#include "graph_view/TimerHold.h"
 #include "graph_view/ViewPart.h"
 #include "host/core/Ptr.h"
 #include "host/draw/UxImage.h"
@@ -37,7 +38,7 @@ public:
 
 private:
   bool inBackground_ = true;
-  bool timer_ = false; // a timer hold while stills are under way
+  TimerHold timer_; // the timer runs while stills are under way
   PixelBox previewBox_;
   Ux::Ptr<UxImage> previewShown_;
 };

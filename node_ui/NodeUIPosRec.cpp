@@ -44,10 +44,11 @@ void NodeUIPosRec::setDrawPosition(double x, double y, bool notify) {
   if (x == drawX_.getValue() && y == drawY_.getValue()) return;
   // Observers of each coordinate still hear it; this record's own
   // valChangedNtfy is held back so that one call sends one update at most.
-  suspendNotifications();
-  drawX_ = x;
-  drawY_ = y;
-  resumeNotifications();
+  {
+    NotificationsSuspended quiet(this);
+    drawX_ = x;
+    drawY_ = y;
+  }
   if (notify) sendUpdateNotification();
 }
 

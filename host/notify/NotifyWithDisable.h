@@ -31,6 +31,27 @@ private:
   int suspended_ = 0;
 };
 
+// Keeps notifications off for a scope, as EasyBackup keeps one undo step
+// open: suspended on construction, resumed however the scope is left. For a
+// notifier, or anything that suspends and resumes as one does; a null source
+// is let be.
+template <class Source>
+class NotificationsSuspended {
+public:
+  explicit NotificationsSuspended(Source* source) noexcept : source_(source) {
+    if (source_) source_->suspendNotifications();
+  }
+  explicit NotificationsSuspended(Source& source) noexcept : NotificationsSuspended(&source) {}
+  ~NotificationsSuspended() {
+    if (source_) source_->resumeNotifications();
+  }
+  NotificationsSuspended(const NotificationsSuspended&) = delete;
+  NotificationsSuspended& operator=(const NotificationsSuspended&) = delete;
+
+private:
+  Source* source_;
+};
+
 // Keeps a client's subscription handles; releasing them ends the subscriptions.
 class FXHOST_API Notifiable {
 public:

@@ -283,6 +283,27 @@ TEST_F(ConnectionEditing, ADragDrawsOnlyWhatItChangesAndTheScreenMatchesAWholeFr
   EXPECT_FALSE(active(c));
 }
 
+// Each thing that keeps the timer running holds it until it ends, however
+// it ends; a view closed in the middle of a gesture lets go cleanly.
+TEST_F(ConnectionEditing, TimerHoldsEndWithWhatTookThem) {
+  click(pads.in(b, 1));
+  ASSERT_TRUE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 1) << "the held wire";
+  moveTo(pads.body(a));
+  EXPECT_EQ(view.timerHolds(), 2) << "the wire, and the tooltip until it is due";
+  // The edit changes under the wire: the wire is let go, the hover forgotten.
+  edit->addModification({EditModification(EditModification::structure)}, true);
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 0);
+
+  testsupport::ViewFixture closing{padsEdit(), {640, 480}};
+  viewtest::showWholeGraph(closing.view(), 50);
+  viewtest::Pads closingPads{closing.view()};
+  click(closingPads.out(m3, 1));
+  moveTo(closingPads.body(c));
+  EXPECT_EQ(closing.view().timerHolds(), 2);
+}
+
 TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
   fx.vob().setReadOnly(true);
   click(pads.in(a, 0));
