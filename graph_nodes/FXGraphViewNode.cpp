@@ -37,13 +37,23 @@ constexpr double titleBarHeight = 0.025;
 int roundAway(double v) { return static_cast<int>(v + (v > 0 ? 0.5 : -0.5)); }
 
 StripColourManager::StripType typeOf(const FXGraphNodeBase* node) {
-  if (dynamic_cast<const MaterialUsageNode*>(node)) return StripColourManager::material;
-  if (dynamic_cast<const ImageImportEffect*>(node)) return StripColourManager::image;
-  if (dynamic_cast<const AliasedInputEffect*>(node)) return StripColourManager::alias;
-  if (dynamic_cast<const ComplexBackgroundEffect*>(node)) return StripColourManager::matte;
-  if (auto* effect = dynamic_cast<const EffectInstance*>(node);
-      effect && effect->tagTypeId().startsWith("PixShader:Mattes:"))
+  switch (nodeKindOf(node)) {
+  case GraphNodeKind::material:
+    return StripColourManager::material;
+  case GraphNodeKind::image:
+    return StripColourManager::image;
+  case GraphNodeKind::alias:
+    return StripColourManager::alias;
+  case GraphNodeKind::background:
     return StripColourManager::matte;
+  case GraphNodeKind::effect:
+    // Mattes made by shaders colour as mattes.
+    if (static_cast<const EffectInstance*>(node)->tagTypeId().startsWith("PixShader:Mattes:"))
+      return StripColourManager::matte;
+    return StripColourManager::effect;
+  case GraphNodeKind::none:
+    break;
+  }
   return StripColourManager::effect;
 }
 

@@ -226,11 +226,12 @@ void FXGraphView::settleEditability(EditGraphIterator& at, bool lockedAbove,
 
 Ux::Ptr<FXGraphViewNode> FXGraphView::createViewNode(EditGraphIterator& at) {
   Ux::Ptr<FXGraphNodeBase> n = at.getNode();
-  if (dynamic_cast<MaterialUsageNode*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewMatNode(this, at));
-  if (dynamic_cast<ImageImportEffect*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewImageNode(this, at));
-  if (dynamic_cast<AliasedInputEffect*>(n.get())) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewAliasNode(this, at));
-  if (auto* effect = dynamic_cast<EffectInstance*>(n.get())) {
-    const LightweightString<char> tag = effect->tagTypeId();
+  const GraphNodeKind kind = nodeKindOf(n.get());
+  if (kind == GraphNodeKind::material) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewMatNode(this, at));
+  if (kind == GraphNodeKind::image) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewImageNode(this, at));
+  if (kind == GraphNodeKind::alias) return Ux::Ptr<FXGraphViewNode>(new FXGraphViewAliasNode(this, at));
+  if (kind == GraphNodeKind::background || kind == GraphNodeKind::effect) {
+    const LightweightString<char> tag = static_cast<const EffectInstance*>(n.get())->tagTypeId();
     // A null tag counts as not equal to anything.
     if (!tag.isNull() && tag == "PixShader:Mattes:flatcol.fx")
       return Ux::Ptr<FXGraphViewNode>(new FXGraphViewColourMatteNode(this, at));

@@ -16,10 +16,19 @@ namespace {
 std::wstring quoted(const LightweightString<wchar_t>& text) { return L"\u201c" + std::wstring(text.str()) + L"\u201d"; }
 
 std::wstring kindOf(const FXGraphNodeBase* node) {
-  if (dynamic_cast<const MaterialUsageNode*>(node)) return L"Material";
-  if (dynamic_cast<const ImageImportEffect*>(node)) return L"Image";
-  if (dynamic_cast<const AliasedInputEffect*>(node)) return L"Aliased input";
-  if (dynamic_cast<const ComplexBackgroundEffect*>(node)) return L"Background";
+  switch (nodeKindOf(node)) {
+  case GraphNodeKind::material:
+    return L"Material";
+  case GraphNodeKind::image:
+    return L"Image";
+  case GraphNodeKind::alias:
+    return L"Aliased input";
+  case GraphNodeKind::background:
+    return L"Background";
+  case GraphNodeKind::effect:
+  case GraphNodeKind::none:
+    break;
+  }
   return L"Effect";
 }
 } // namespace

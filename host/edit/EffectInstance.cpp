@@ -96,3 +96,13 @@ void ComplexBackgroundEffect::setColour(int index, const Colour& c) {
 Ux::Ptr<FXGraphNodeBase> ComplexBackgroundEffect::cloneNode() const {
   return Ux::Ptr<FXGraphNodeBase>(new ComplexBackgroundEffect(*this));
 }
+
+GraphNodeKind nodeKindOf(const FXGraphNodeBase* node) noexcept {
+  if (!node) return GraphNodeKind::none;
+  if (dynamic_cast<const MaterialUsageNode*>(node)) return GraphNodeKind::material;
+  if (dynamic_cast<const ImageImportEffect*>(node)) return GraphNodeKind::image;
+  if (dynamic_cast<const AliasedInputEffect*>(node)) return GraphNodeKind::alias;
+  if (dynamic_cast<const ComplexBackgroundEffect*>(node)) return GraphNodeKind::background;
+  if (dynamic_cast<const EffectInstance_opu4h5a4j*>(node)) return GraphNodeKind::effect;
+  return GraphNodeKind::none;
+}

@@ -103,3 +103,9 @@ private:
   Mode mode_;
   Colour colours_[2];
 };
+
+// Which of the kinds above a graph node is, decided in one place for all
+// that show, colour or describe nodes. A background matte, an image and an
+// alias are effects too; each is told as its own kind first.
+enum class GraphNodeKind { none, material, image, alias, background, effect };
+FXHOST_API GraphNodeKind nodeKindOf(const FXGraphNodeBase* node) noexcept;
