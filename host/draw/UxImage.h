@@ -18,6 +18,8 @@ public:
   int width() const noexcept { return width_; }
   int height() const noexcept { return height_; }
   int stride() const noexcept { return width_ * 4; }
+  // The bytes the pixels take, as caches count them.
+  std::size_t pixelBytes() const noexcept { return pixels_.size() * sizeof(uint32_t); }
   uint32_t* row(int y) noexcept {
     return pixels_.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_);
   }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <list>
 #include <map>
 #include <mutex>
 #include <tuple>
@@ -13,6 +12,7 @@
 
 #include "host/core/ThreadSafe.h"
 #include "host/notify/Log.h"
+#include "host/render/LruCache.h"
 
 namespace {
 
@@ -56,10 +56,6 @@ std::string refusal(const std::string& file, const Stamp& stamp) {
   return {};
 }
 
-std::size_t pixelBytes(const UxImage& image) {
-  return static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4;
-}
-
 class Store {
 public:
   // Path, then size; (0, 0) is the picture as stored.
@@ -84,8 +80,6 @@ public:
   void clear() {
     std::lock_guard lock(mutex_);
     pictures_.clear();
-    uses_.clear();
-    bytes_ = 0;
     unreadable_.clear();
   }
 
@@ -98,18 +92,16 @@ private:
   struct Picture {
     Ux::Ptr<UxImage> image;
     Stamp stamp;
-    std::list<Key>::iterator use;
   };
 
   Ux::Ptr<UxImage> find(const Key& key, const Stamp& stamp) {
-    auto it = pictures_.find(key);
-    if (it == pictures_.end()) return nullptr;
-    if (!(it->second.stamp == stamp)) {
-      drop(it);
+    const Picture* p = pictures_.find(key);
+    if (!p) return nullptr;
+    if (!(p->stamp == stamp)) {
+      pictures_.erase(key);
       return nullptr;
     }
-    uses_.splice(uses_.begin(), uses_, it->second.use);
-    return it->second.image;
+    return p->image;
   }
 
   Ux::Ptr<UxImage> read(const std::string& file, const Stamp& stamp) {
@@ -132,24 +124,11 @@ private:
   }
 
   void keep(const Key& key, const Ux::Ptr<UxImage>& image, const Stamp& stamp) {
-    const std::size_t size = pixelBytes(*image);
-    if (size > ImageCache::byteBudget) return;
-    uses_.push_front(key);
-    pictures_[key] = Picture{image, stamp, uses_.begin()};
-    bytes_ += size;
-    while (bytes_ > ImageCache::byteBudget) drop(pictures_.find(uses_.back()));
-  }
-
-  void drop(std::map<Key, Picture>::iterator it) {
-    bytes_ -= pixelBytes(*it->second.image);
-    uses_.erase(it->second.use);
-    pictures_.erase(it);
+    pictures_.put(key, Picture{image, stamp}, image->pixelBytes());
   }
 
   std::mutex mutex_;
-  std::map<Key, Picture> pictures_;
-  std::list<Key> uses_; // most recent first
-  std::size_t bytes_ = 0;
+  LruCache<Key, Picture> pictures_{ImageCache::byteBudget};
   std::map<std::string, Stamp> unreadable_;
   unsigned reads_ = 0;
 };

@@ -3,13 +3,6 @@
 #include <limits>
 
 namespace Render {
-namespace {
-
-std::size_t pixelBytes(const UxImage& image) {
-  return static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4;
-}
-
-} // namespace
 
 NodePictures& NodePictures::instance() {
   // Never destroyed: workers may still hold it while the process ends.
@@ -19,26 +12,29 @@ NodePictures& NodePictures::instance() {
 
 NodePictures::EntryPtr NodePictures::find(const Key& key) {
   std::lock_guard lock(mutex_);
-  const auto it = entries_.find(key);
-  if (it == entries_.end()) return nullptr;
-  if (it->second->kept_) uses_.splice(uses_.begin(), uses_, it->second->use_);
-  return it->second;
+  if (const EntryPtr* made = made_.find(key)) return *made;
+  const auto it = promised_.find(key);
+  return it == promised_.end() ? nullptr : it->second;
 }
 
 bool NodePictures::knows(const Key& key) {
+  // Keys order by size last: the first key from the smallest size is the
+  // node's at that moment, if it has one.
   Key from = key;
   from.width = from.height = std::numeric_limits<int>::min();
+  auto sameMoment = [&](const Key* k) {
+    return k && k->edit == key.edit && k->revision == key.revision && k->nodeChanges == key.nodeChanges &&
+           k->time == key.time && k->node == key.node;
+  };
   std::lock_guard lock(mutex_);
-  const auto it = entries_.lower_bound(from);
-  if (it == entries_.end()) return false;
-  const Key& k = it->first;
-  return k.edit == key.edit && k.revision == key.revision && k.nodeChanges == key.nodeChanges && k.time == key.time &&
-         k.node == key.node;
+  const auto promised = promised_.lower_bound(from);
+  return sameMoment(made_.firstKeyFrom(from)) || (promised != promised_.end() && sameMoment(&promised->first));
 }
 
 NodePictures::EntryPtr NodePictures::promise(const Key& key, int height) {
   std::lock_guard lock(mutex_);
-  auto [it, fresh] = entries_.try_emplace(key);
+  if (made_.find(key)) return nullptr;
+  auto [it, fresh] = promised_.try_emplace(key);
   if (!fresh) return nullptr;
   it->second = std::make_shared<Entry>();
   it->second->key_ = key;
@@ -52,55 +48,37 @@ void NodePictures::fulfil(const EntryPtr& entry, const Ux::Ptr<UxImage>& picture
     std::lock_guard lock(mutex_);
     entry->made_ = true;
     entry->picture_ = picture;
-    const auto it = entries_.find(entry->key_);
-    if (it != entries_.end() && it->second == entry) {
-      const std::size_t size = picture ? pixelBytes(*picture) : 0;
-      if (!picture || size > byteBudget) {
-        entries_.erase(it);
-      } else {
-        uses_.push_front(entry->key_);
-        entry->use_ = uses_.begin();
-        entry->kept_ = true;
-        bytes_ += size;
-        while (bytes_ > byteBudget) drop(entries_.find(uses_.back()));
-      }
+    // Kept only while its promise still stands (a clear forgets promises);
+    // a picture given up, or too big to keep, is forgotten.
+    const auto it = promised_.find(entry->key_);
+    if (it != promised_.end() && it->second == entry) {
+      promised_.erase(it);
+      if (picture) made_.put(entry->key_, entry, picture->pixelBytes());
     }
   }
-  made_.notify_all();
+  madeSignal_.notify_all();
 }
 
 Ux::Ptr<UxImage> NodePictures::wait(const EntryPtr& entry) {
   std::unique_lock lock(mutex_);
-  made_.wait(lock, [&] { return entry->made_; });
+  madeSignal_.wait(lock, [&] { return entry->made_; });
   return entry->picture_;
-}
-
-void NodePictures::drop(std::map<Key, EntryPtr>::iterator it) {
-  Entry& entry = *it->second;
-  if (entry.kept_) {
-    bytes_ -= entry.picture_ ? pixelBytes(*entry.picture_) : 0;
-    uses_.erase(entry.use_);
-    entry.kept_ = false;
-  }
-  entries_.erase(it);
 }
 
 void NodePictures::clear() {
   std::lock_guard lock(mutex_);
-  for (auto& [key, entry] : entries_) entry->kept_ = false;
-  entries_.clear();
-  uses_.clear();
-  bytes_ = 0;
+  promised_.clear();
+  made_.clear();
 }
 
 std::size_t NodePictures::size() const {
   std::lock_guard lock(mutex_);
-  return entries_.size();
+  return promised_.size() + made_.size();
 }
 
 std::size_t NodePictures::bytes() const {
   std::lock_guard lock(mutex_);
-  return bytes_;
+  return made_.bytes();
 }
 
 } // namespace Render

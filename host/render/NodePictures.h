@@ -1,7 +1,6 @@
 #pragma once
 #include <condition_variable>
 #include <cstdint>
-#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -9,6 +8,7 @@
 #include "host/FxHostApi.h"
 #include "host/core/IdStamp.h"
 #include "host/draw/UxImage.h"
+#include "host/render/LruCache.h"
 
 namespace Render {
 
@@ -49,8 +49,6 @@ public:
     int height_ = 0;
     bool made_ = false;
     Ux::Ptr<UxImage> picture_;
-    std::list<Key>::iterator use_;
-    bool kept_ = false; // in the byte count and the use list
   };
   using EntryPtr = std::shared_ptr<Entry>;
 
@@ -76,13 +74,10 @@ public:
   std::size_t bytes() const;
 
 private:
-  void drop(std::map<Key, EntryPtr>::iterator it); // mutex_ held
-
   mutable std::mutex mutex_;
-  std::condition_variable made_;
-  std::map<Key, EntryPtr> entries_;
-  std::list<Key> uses_; // made pictures, most recent first
-  std::size_t bytes_ = 0;
+  std::condition_variable madeSignal_;
+  std::map<Key, EntryPtr> promised_; // not made yet; never dropped
+  LruCache<Key, EntryPtr> made_{byteBudget};
 };
 
 } // namespace Render

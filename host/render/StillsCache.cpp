@@ -11,10 +11,6 @@ template class Loki::SingletonHolder<Render::StillsCache, Loki::CreateUsingNew, 
 namespace Render {
 namespace {
 
-std::size_t pixelBytes(const UxImage& image) {
-  return static_cast<std::size_t>(image.width()) * static_cast<std::size_t>(image.height()) * 4;
-}
-
 // The nodes an edit's graph under `head` can reach at any time: an input that
 // names a channel reaches every node the channel's cels show.
 std::set<IdStamp> graphNodes(const Edit& edit, const IdStamp& head) {
@@ -50,26 +46,19 @@ bool StillsCache::keyFor(const RenderContext& context, Key& key, const Edit*& ed
   return true;
 }
 
-void StillsCache::drop(std::map<Key, Entry>::iterator it) {
-  bytes_ -= pixelBytes(*it->second.still);
-  uses_.erase(it->second.use);
-  stills_.erase(it);
-}
-
 Ux::Ptr<UxImage> StillsCache::getStillImage(const RenderContext& context) {
   Key key;
   const Edit* edit = nullptr;
   uint64_t revision = 0;
   if (!keyFor(context, key, edit, revision)) return nullptr;
   std::lock_guard lock(mutex_);
-  auto it = stills_.find(key);
-  if (it == stills_.end()) return nullptr;
-  if (it->second.revision != revision || it->second.edit != edit) {
-    drop(it);
+  const Entry* entry = stills_.find(key);
+  if (!entry) return nullptr;
+  if (entry->revision != revision || entry->edit != edit) {
+    stills_.erase(key);
     return nullptr;
   }
-  uses_.splice(uses_.begin(), uses_, it->second.use);
-  return it->second.still;
+  return entry->still;
 }
 
 void StillsCache::add(const RenderContext& context, const Ux::Ptr<UxImage>& still) {
@@ -77,14 +66,9 @@ void StillsCache::add(const RenderContext& context, const Ux::Ptr<UxImage>& stil
   const Edit* edit = nullptr;
   uint64_t revision = 0;
   if (!still || !keyFor(context, key, edit, revision)) return;
-  const std::size_t size = pixelBytes(*still);
+  const std::size_t size = still->pixelBytes();
   std::lock_guard lock(mutex_);
-  if (auto it = stills_.find(key); it != stills_.end()) drop(it);
-  if (size > byteBudget) return;
-  uses_.push_front(key);
-  stills_[key] = Entry{still, edit, revision, uses_.begin()};
-  bytes_ += size;
-  while (stills_.size() > capacity || bytes_ > byteBudget) drop(stills_.find(uses_.back()));
+  stills_.put(key, Entry{still, edit, revision}, size);
 }
 
 void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head, double from, double to) {
@@ -98,19 +82,15 @@ void StillsCache::forgetGraph(const EditPtr& edit, const IdStamp& head, double f
   // The pictures stills are made from go too: what they show has changed.
   NodePictures::instance().clear();
   std::lock_guard lock(mutex_);
-  for (auto it = stills_.begin(); it != stills_.end();) {
-    auto next = std::next(it);
-    if (it->first.edit == edit->getCookie() && nodes.count(it->first.node) && inRange(it->first.frame)) drop(it);
-    it = next;
-  }
+  stills_.retain([&](const Key& key, const Entry&) {
+    return !(key.edit == edit->getCookie() && nodes.count(key.node) && inRange(key.frame));
+  });
 }
 
 void StillsCache::clear() {
   NodePictures::instance().clear();
   std::lock_guard lock(mutex_);
   stills_.clear();
-  uses_.clear();
-  bytes_ = 0;
 }
 
 std::size_t StillsCache::size() const {
@@ -120,7 +100,7 @@ std::size_t StillsCache::size() const {
 
 std::size_t StillsCache::bytes() const {
   std::lock_guard lock(mutex_);
-  return bytes_;
+  return stills_.bytes();
 }
 
 } // namespace Render

@@ -1,14 +1,13 @@
 #pragma once
 #include <cstdint>
 #include <limits>
-#include <list>
-#include <map>
 #include <mutex>
 
 #include <loki/Singleton.h>
 
 #include "host/FxHostApi.h"
 #include "host/core/ThreadSafe.h"
+#include "host/render/LruCache.h"
 #include "host/render/RenderContext.h"
 
 namespace Render {
@@ -54,15 +53,11 @@ private:
     // again) has its own revisions. Compared, never dereferenced.
     const Edit* edit;
     uint64_t revision;
-    std::list<Key>::iterator use;
   };
   static bool keyFor(const RenderContext& context, Key& key, const Edit*& edit, uint64_t& revision);
-  void drop(std::map<Key, Entry>::iterator it); // mutex_ held
 
   mutable std::mutex mutex_;
-  std::map<Key, Entry> stills_;
-  std::list<Key> uses_; // most recent first
-  std::size_t bytes_ = 0;
+  LruCache<Key, Entry> stills_{byteBudget, capacity};
 };
 
 using TheStillsCache =
