@@ -55,15 +55,15 @@ double toRadians(double degrees) { return degrees * std::numbers::pi / 180.0; }
 FXGraphTidier::FXGraphTidier(NodeUIPosSource& source, double depthSpacing, double breadthSpacing)
     : depthSpacing_(depthSpacing), breadthSpacing_(breadthSpacing), source_(source) {}
 
-bool FXGraphTidier::tidyTreeStruct(EditGraphIterator& iterator, double x, double y) {
+bool FXGraphTidier::tidyTreeStruct(EditGraphIterator& iterator, double x, double y, GraphExaminer::Walk walk) {
   minX_ = maxX_ = x;
   minY_ = maxY_ = y;
   const Ux::Ptr<FXGraphNodeBase> root = iterator.getNode();
   if (!root || !source_.getPosRecForNode(root->getId())) return false;
 
   GraphExaminer examiner(source_);
-  examiner.examine(iterator);
-  if (GraphExaminer::walksEveryPath() || !parentsOneLevelUp(examiner))
+  examiner.examine(iterator, walk);
+  if (walk == GraphExaminer::Walk::everyPath || !parentsOneLevelUp(examiner))
     placeLevelsAgainEachTime(examiner, x, y);
   else
     placeLevelByLevel(examiner, x, y);
@@ -147,8 +147,9 @@ void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, d
   placeTo(levels.empty() ? 0 : levels.size() - 1);
 }
 
-// The same as placeLevelByLevel, placing every level again after every
-// spread; kept for comparisons with the path walk's layout.
+// Places every level again after every spread. Needs nothing of the
+// graph's shape: used when a parent is not on the level just above its
+// node (a cycle) and by the every-path walk.
 void FXGraphTidier::placeLevelsAgainEachTime(const GraphExaminer& examiner, double x, double y) {
   const auto& levels = examiner.levels();
   const double spacing = breadthSpacing_;

@@ -45,7 +45,11 @@ public:
 
   // Lays out the tree under the iterator's node with the root at (x, y).
   // False when the iterator has no node or the root has no position record.
-  bool tidyTreeStruct(EditGraphIterator& iterator, double x, double y);
+  // With the every-path walk the levels are also placed again after every
+  // spread, assuming nothing of the graph's shape (as for a cycle); the
+  // positions are those of the default.
+  bool tidyTreeStruct(EditGraphIterator& iterator, double x, double y,
+                      GraphExaminer::Walk walk = GraphExaminer::Walk::byStructure);
   // The box (x0, y0, x1, y1) of the last layout's draw positions.
   Ux::Box<double> getTreeExtents() const { return {minX_, minY_, maxX_, maxY_}; }
   // Whether two records sit too close along the breadth axis of the current

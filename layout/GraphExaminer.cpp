@@ -6,33 +6,25 @@
 
 GraphExaminer::GraphExaminer(NodeUIPosSource& source) : source_(source) {}
 
-void GraphExaminer::examine(EditGraphIterator& iterator) {
-  if (!walkEveryPath_ && examineStructure(iterator)) return;
-  // A graph that closes a cycle is walked path by path: what it gives there
-  // depends on the paths themselves.
+void GraphExaminer::examine(EditGraphIterator& iterator, Walk walk) {
+  if (walk == Walk::byStructure && examineStructure(iterator)) return;
   startAt(iterator);
   applyToTree(iterator, *this);
   buildLevels();
 }
 
-void GraphExaminer::examinePathByPath(EditGraphIterator& iterator) {
-  startAt(iterator);
-  applyToTree(iterator, *this);
-  buildLevels();
-}
-
-// The path walk's result, from the graph's structure. The walk meets a node
-// once per path from the start, in input order, so its meetings of a node
-// come in the order of those paths' input indices, compared as words:
-// - the first meeting is the first path a depth-first walk that visits each
-//   node once finds, so first meetings come in that walk's order;
-// - the node's level is its longest path;
-// - its parent is decided by its longest paths: met deeper than at first, by
-//   the first of them; met at its deepest level first, by the second of them
-//   when that comes through another parent.
+// The records from the graph's structure. Paths from the start are ordered
+// as words of input indices; a node's first meeting is where a depth-first
+// walk that visits each node once, inputs in order, first reaches it.
+// - Records come in order of first meeting.
+// - A node's level is its longest path from the start.
+// - Its parent and input are those of its first meeting, unless its level is
+//   deeper than that meeting: then the last step of the first of its longest
+//   paths. A node first met at its level with a second longest path has its
+//   parent depth set, and takes that path's parent when it is another node.
 // So each node needs its longest-path length and the first two of its
-// longest paths in word order, which a pass per level finds from the first
-// two of its parents', ranked among all kept paths of the level above.
+// longest paths, which a pass per level finds from the first two of its
+// parents', ranked among all kept paths of the level above.
 bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
   records_.clear();
   levels_.clear();

@@ -57,19 +57,19 @@ public:
     double breadthOffset = 0;
   };
 
+  // How examine() finds the records. byStructure: from the nodes and wires,
+  // in time that grows with them; a graph that closes a cycle is walked
+  // path by path instead, since there the records depend on the paths.
+  // everyPath: by meeting every path (applyToTree with this examiner), in
+  // time that grows with the paths. On a graph without cycles both give the
+  // same records.
+  enum class Walk { byStructure, everyPath };
+
   explicit GraphExaminer(NodeUIPosSource& source);
 
   // Walks the tree under the iterator's node and files the nodes by level.
-  // Forgets any earlier examination first. The result is that of the path
-  // walk below (applyToTree with this examiner), found in time that grows
-  // with the nodes and wires rather than with the paths.
-  void examine(EditGraphIterator& iterator);
-  // The same by walking every path (what examine gives, the slow way).
-  void examinePathByPath(EditGraphIterator& iterator);
-  // Makes every examine() walk every path, so that a layout can be compared
-  // with the one the path walk gives. Off unless a comparison turns it on.
-  static void setWalkEveryPath(bool on) noexcept { walkEveryPath_ = on; }
-  static bool walksEveryPath() noexcept { return walkEveryPath_; }
+  // Forgets any earlier examination first.
+  void examine(EditGraphIterator& iterator, Walk walk = Walk::byStructure);
 
   // For a walk driven by hand: sets the level 0 depth from the iterator at
   // the start node and forgets earlier records. Call buildLevels() after.
@@ -90,7 +90,6 @@ private:
   // examine() for a graph without cycles; false, having found one.
   bool examineStructure(EditGraphIterator& iterator);
 
-  static inline bool walkEveryPath_ = false;
   std::map<IdStamp, NodeInfo> records_;
   // Path length (host depth + 1) at the start node, so that it gets level 0.
   int baseDepth_ = 1;

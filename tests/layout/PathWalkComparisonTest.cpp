@@ -2,16 +2,14 @@
 // meeting every path. Side by side on thousands of generated graphs (shared
 // inputs, repeated and free slots, wide and deep, some with cycles), every
 // record must agree and every tidied coordinate must be the same double.
-#include <bit>
 #include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "graph_view/FXGraphView.h"
-#include "layout/FXGraphTidier.h"
 #include "tests/layout/LayoutTestGraph.h"
 #include "tests/support/FakePosSource.h"
+#include "tests/support/LayoutOracle.h"
 
 using layouttest::node;
 using layouttest::TestGraph;
@@ -79,46 +77,6 @@ void build(TestGraph& g, const Shape& s, std::mt19937& random) {
   }
 }
 
-std::vector<uint64_t> tidiedBits(const TestGraph& g, bool everyPath, VidRouting::Orientations::Orientation o, int n) {
-  GraphExaminer::setWalkEveryPath(everyPath);
-  FakePosSource source(o);
-  FXGraphTidier tidier(source, FXGraphView::layoutGap, FXGraphView::layoutGap);
-  EditGraphIterator it = g.at(1);
-  tidier.tidyTreeStruct(it, 0.25, -0.5);
-  GraphExaminer::setWalkEveryPath(false);
-  std::vector<uint64_t> bits;
-  for (int i = 1; i <= n; ++i) {
-    const NodeUIPosRec* rec = source.find(node(static_cast<uint32_t>(i)));
-    const XY<double> p = rec ? rec->getDrawPosition() : XY<double>(-7, -7);
-    bits.push_back(std::bit_cast<uint64_t>(p.x));
-    bits.push_back(std::bit_cast<uint64_t>(p.y));
-  }
-  const Ux::Box<double> e = tidier.getTreeExtents();
-  for (double v : {e.x0, e.y0, e.x1, e.y1}) bits.push_back(std::bit_cast<uint64_t>(v));
-  return bits;
-}
-
-void expectSameRecords(const GraphExaminer& a, const GraphExaminer& b) {
-  ASSERT_EQ(a.firstMet(), b.firstMet());
-  ASSERT_EQ(a.records().size(), b.records().size());
-  for (const auto& [id, x] : a.records()) {
-    const GraphExaminer::NodeInfo* y = b.find(id);
-    ASSERT_TRUE(y) << id.asString().str();
-    EXPECT_EQ(x.depth, y->depth) << id.asString().str();
-    EXPECT_EQ(x.parentDepth, y->parentDepth) << id.asString().str();
-    EXPECT_EQ(x.inputIndex, y->inputIndex) << id.asString().str();
-    EXPECT_EQ(x.parent ? x.parent->getId() : IdStamp(), y->parent ? y->parent->getId() : IdStamp())
-        << id.asString().str();
-    EXPECT_EQ(x.record, y->record);
-  }
-  ASSERT_EQ(a.levels().size(), b.levels().size());
-  for (std::size_t k = 0; k < a.levels().size(); ++k) {
-    ASSERT_EQ(a.levels()[k].size(), b.levels()[k].size()) << "level " << k;
-    for (std::size_t j = 0; j < a.levels()[k].size(); ++j)
-      EXPECT_EQ(a.levels()[k][j].node->getId(), b.levels()[k][j].node->getId()) << "level " << k;
-  }
-}
-
 TEST(PathWalkComparison, TheStructureGivesWhatEveryPathGivesOnThousandsOfGraphs) {
   const Shape shapes[] = {
       {12, 2, 2, 0.3, false}, {30, 3, 3, 0.3, false}, {60, 2, 2, 0.2, false},  {40, 4, 8, 0.4, false},
@@ -135,10 +93,13 @@ TEST(PathWalkComparison, TheStructureGivesWhatEveryPathGivesOnThousandsOfGraphs)
       GraphExaminer structure(source), everyPath(source);
       EditGraphIterator a = g.at(1), b = g.at(1);
       structure.examine(a);
-      everyPath.examinePathByPath(b);
-      expectSameRecords(structure, everyPath);
+      testsupport::examineEveryPath(everyPath, b);
+      EXPECT_EQ(testsupport::examinationDifferences(structure, everyPath), "");
+      std::vector<IdStamp> ids;
+      for (int i = 1; i <= shape.nodes; ++i) ids.push_back(node(static_cast<uint32_t>(i)));
       for (auto o : {VidRouting::Orientations::LeftToRight, VidRouting::Orientations::BottomToTop})
-        EXPECT_EQ(tidiedBits(g, false, o, shape.nodes), tidiedBits(g, true, o, shape.nodes));
+        EXPECT_EQ(testsupport::tidiedBits(g.at(1), ids, o, GraphExaminer::Walk::byStructure),
+                  testsupport::tidiedBits(g.at(1), ids, o, GraphExaminer::Walk::everyPath));
       if (HasFailure()) return;
       ++compared;
     }
