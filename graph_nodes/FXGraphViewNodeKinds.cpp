@@ -126,7 +126,6 @@ void FXGraphViewImageNode::drawThumbnail(const EditGraphIterator& at) {
 }
 
 void FXGraphViewImageNode::createThumbnail(const XY<int>& size) {
-  ++loads_;
   const VideoFormat format = DigitalVideoFormats::makeSquarePixelFormat(size.x, size.y, getAspectRatio());
   Ux::Ptr<UxImage> picture = ImageCache::loadImage(toUTF8(loadedFile_).str(), &format, size.x, size.y);
   thumbnail_ = ImageConverter::resize(picture, size.x, size.y);

@@ -46,13 +46,10 @@ public:
   void drawThumbnail(const EditGraphIterator& at) override;
   void createThumbnail(const XY<int>& size);
   bool thumbnailColour(Colour& out) const override;
-  // Loads of the image so far (a redraw of an unchanged file loads nothing).
-  unsigned thumbnailLoads() const noexcept { return loads_; }
 
 private:
   LightweightString<wchar_t> loadedFile_;
   Ux::Ptr<UxImage> thumbnail_;
-  unsigned loads_ = 0;
 };
 
 // A flat background colour.

@@ -13,6 +13,7 @@
 #include "host/core/ThreadSafe.h"
 #include "host/notify/Log.h"
 #include "host/render/LruCache.h"
+#include "host/render/RenderCounters.h"
 
 namespace {
 
@@ -83,11 +84,6 @@ public:
     unreadable_.clear();
   }
 
-  unsigned reads() {
-    std::lock_guard lock(mutex_);
-    return reads_;
-  }
-
 private:
   struct Picture {
     Ux::Ptr<UxImage> image;
@@ -110,7 +106,7 @@ private:
     std::string why = refusal(file, stamp);
     Ux::Ptr<UxImage> picture;
     if (why.empty()) {
-      ++reads_;
+      ++Render::counters().filesRead;
       picture = UxImage::loadPNG(file, &why);
     }
     if (picture) {
@@ -130,7 +126,6 @@ private:
   std::mutex mutex_;
   LruCache<Key, Picture> pictures_{ImageCache::byteBudget};
   std::map<std::string, Stamp> unreadable_;
-  unsigned reads_ = 0;
 };
 
 using TheStore = Loki::SingletonHolder<Store, Loki::CreateUsingNew, Loki::DeletableSingleton, Ux::ThreadSafe>;
@@ -141,9 +136,10 @@ Ux::Ptr<UxImage> ImageCache::loadImage(const std::string& file, const VideoForma
   if (width < 0 || height < 0 || width > DigitalVideoFormats::maxSide || height > DigitalVideoFormats::maxSide ||
       (width == 0) != (height == 0))
     return nullptr;
+  ++Render::counters().picturesAsked;
   return TheStore::Instance().load(file, width, height);
 }
 
 void ImageCache::clear() { TheStore::Instance().clear(); }
 
-unsigned ImageCache::filesRead() { return TheStore::Instance().reads(); }
+void ImageCache::makeNow() { (void)TheStore::Instance(); }

@@ -23,6 +23,7 @@ public:
   // `format` asks.
   static Ux::Ptr<UxImage> loadImage(const std::string& file, const VideoFormat* format, int width, int height);
   static void clear();
-  // Files read from disk so far.
-  static unsigned filesRead();
+  // Makes the cache now: what is made after it (the stills workers that
+  // read through it) is torn down before it at exit.
+  static void makeNow();
 };

@@ -16,7 +16,7 @@ StillsQueue& StillsQueue::instance() {
 StillsQueue::StillsQueue() {
   // What the workers use must outlive them: made now, it is torn down
   // after the queue at exit.
-  (void)ImageCache::filesRead();
+  ImageCache::makeNow();
   const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
   for (unsigned i = 0; i < std::min(cores, 4u); ++i) threads_.emplace_back([this] { work(); });
 }

@@ -1,21 +1,15 @@
 #include "host/render/VidRenderUtils.h"
 
-#include <atomic>
-
+#include "host/render/RenderCounters.h"
 #include "host/render/StillPlan.h"
 #include "host/render/StillsCache.h"
 
 namespace Render {
-namespace {
-
-std::atomic<unsigned> rendered{0};
-
-} // namespace
 
 Ux::Ptr<UxImage> VidRenderUtils::renderStill(const RenderContext& context) {
   StillPlan plan(context);
   Ux::Ptr<UxImage> picture = plan.run();
-  if (picture) ++rendered;
+  if (picture) ++counters().stillsRendered;
   return picture;
 }
 
@@ -38,7 +32,5 @@ void VidRenderUtils::unRender(const CelEventPair& cel, bool everyFrame) {
   else
     StillsCache::instance().forgetGraph(handle.edit(), head, cel.editTime(), cel.endEditTime());
 }
-
-unsigned VidRenderUtils::stillsRendered() { return rendered.load(); }
 
 } // namespace Render

@@ -20,8 +20,6 @@ struct FXHOST_API VidRenderUtils {
   // Drops the cached stills of the cel's graph (or of the material it
   // shows): of every frame, or only of the frames the cel spans.
   static void unRender(const CelEventPair& cel, bool everyFrame);
-  // Stills rendered so far in this process.
-  static unsigned stillsRendered();
 };
 
 } // namespace Render

@@ -5,6 +5,7 @@
 
 #include "app/EditGenerator.h"
 #include "graph_view/ViewStills.h"
+#include "host/render/RenderCounters.h"
 #include "host/render/StillsQueue.h"
 #include "host/render/VidRenderUtils.h"
 #include "host/ui/GlobManager.h"
@@ -38,7 +39,7 @@ TEST(BackgroundStills, ADragGoesOnWhileALargeGraphsStillsAreMade) {
   for (const auto& t : thumbs) EXPECT_FALSE(t->thumbnailColour(c)) << "a placeholder until its still is made";
 
   // The drag, through the mouse.
-  const unsigned rendered = Render::VidRenderUtils::stillsRendered();
+  const unsigned rendered = Render::counters().stillsRendered.load();
   const std::size_t pending = view.stills().pending();
   const XY<double> before = node->getPosition();
   const auto box = node->calcPixelExtents();
@@ -57,7 +58,7 @@ TEST(BackgroundStills, ADragGoesOnWhileALargeGraphsStillsAreMade) {
   e.type = Event::mouseUp;
   GlobManager::dispatch(e);
   EXPECT_NE(node->getPosition(), before) << "the node followed the mouse";
-  EXPECT_EQ(Render::VidRenderUtils::stillsRendered(), rendered) << "no still was made on the window's thread";
+  EXPECT_EQ(Render::counters().stillsRendered.load(), rendered) << "no still was made on the window's thread";
   EXPECT_GE(view.stills().pending(), pending) << "nothing waited for the stills";
 
   held.reset();

@@ -5,6 +5,7 @@
 #include "host/edit/CelEventPair.h"
 #include "host/notify/Log.h"
 #include "host/render/ImageCache.h"
+#include "host/render/RenderCounters.h"
 #include "tests/render/StillsFixture.h"
 #include "tests/support/Program.h"
 
@@ -34,21 +35,21 @@ protected:
 
 TEST_F(CachedStills, AreRenderedOnceUntilTheEditChanges) {
   edit->getChan(0).cels[0].ref = card("bars");
-  const unsigned before = VidRenderUtils::stillsRendered();
+  const unsigned before = Render::counters().stillsRendered.load();
   Ux::Ptr<UxImage> first = thumbnail(context());
   EXPECT_EQ(thumbnail(context()), first) << "served from the cache";
   // 1.01 s lies on the same frame as 1 s (at 25 frames a second).
   EXPECT_EQ(thumbnail(context({"test", 64, 36, 16.0 / 9.0}, 1.01)), first);
-  EXPECT_EQ(VidRenderUtils::stillsRendered(), before + 1);
+  EXPECT_EQ(Render::counters().stillsRendered.load(), before + 1);
 
   thumbnail(context({"small", 32, 18, 16.0 / 9.0}));
   thumbnail(context({"test", 64, 36, 16.0 / 9.0}, 2));
-  EXPECT_EQ(VidRenderUtils::stillsRendered(), before + 3) << "another size and another frame are other stills";
+  EXPECT_EQ(Render::counters().stillsRendered.load(), before + 3) << "another size and another frame are other stills";
 
   edit->addModification({EditModification(EditModification::effectParams)}, true);
   EXPECT_FALSE(cache().getStillImage(context())) << "stale once the edit has changed";
   EXPECT_NE(thumbnail(context()), first);
-  EXPECT_EQ(VidRenderUtils::stillsRendered(), before + 4);
+  EXPECT_EQ(Render::counters().stillsRendered.load(), before + 4);
 }
 
 TEST_F(CachedStills, TheLeastRecentlyUsedGoFirst) {
@@ -110,13 +111,13 @@ protected:
 
 TEST_F(PictureFolder, AFileIsReadOnceWhileItIsUnchanged) {
   const std::string logo = testsupport::sourcePath("examples/logo.png");
-  const unsigned before = ImageCache::filesRead();
+  const unsigned before = Render::counters().filesRead.load();
   Ux::Ptr<UxImage> small = ImageCache::loadImage(logo, nullptr, 40, 20);
   ASSERT_TRUE(small);
   EXPECT_EQ(std::pair(small->width(), small->height()), std::pair(40, 20));
   EXPECT_EQ(ImageCache::loadImage(logo, nullptr, 40, 20), small);
   EXPECT_EQ(ImageCache::loadImage(logo, nullptr, 0, 0)->width(), 160) << "the stored size";
-  EXPECT_EQ(ImageCache::filesRead(), before + 1);
+  EXPECT_EQ(Render::counters().filesRead.load(), before + 1);
 
   // Rewritten (another size, so another length): read again.
   const std::string path = write("changing.png", 8, 8, Colour(1, 0, 0));
@@ -125,7 +126,7 @@ TEST_F(PictureFolder, AFileIsReadOnceWhileItIsUnchanged) {
   Ux::Ptr<UxImage> changed = ImageCache::loadImage(path, nullptr, 0, 0);
   ASSERT_TRUE(changed);
   EXPECT_NEAR(changed->pixel(1, 1).b, 1, 0.01);
-  EXPECT_EQ(ImageCache::filesRead(), before + 3);
+  EXPECT_EQ(Render::counters().filesRead.load(), before + 3);
 }
 
 TEST_F(PictureFolder, BadFilesGiveNullAndOneWarningUntilTheyChange) {
@@ -145,9 +146,9 @@ TEST_F(PictureFolder, BadFilesGiveNullAndOneWarningUntilTheyChange) {
   const unsigned char head[] = {0x89, 'P', 'N', 'G',  '\r', '\n', 0x1a, '\n', 0,    0, 0, 13, 'I', 'H', 'D',
                                 'R',  0,   1,   0x86, 0xa0, 0,    1,    0x86, 0xa0, 8, 6, 0,  0,   0};
   const std::string huge = folder.write("huge.png", std::string(reinterpret_cast<const char*>(head), sizeof head));
-  const unsigned reads = ImageCache::filesRead();
+  const unsigned reads = Render::counters().filesRead.load();
   EXPECT_FALSE(ImageCache::loadImage(huge, nullptr, 0, 0));
-  EXPECT_EQ(ImageCache::filesRead(), reads);
+  EXPECT_EQ(Render::counters().filesRead.load(), reads);
   EXPECT_NE(log.joined().find("100000 x 100000"), std::string::npos);
 
   const std::string fine = write("fine.png", 4, 4, Colour(0, 1, 0));
