@@ -107,12 +107,15 @@ TEST_F(GraphTool, ChildrenSizesAndTheStoredPlace) {
   ASSERT_TRUE(panel->getTemplatesList() && panel->getView());
   const Glob::PixelBox user = panel->getUserArea();
   EXPECT_EQ(user.y0, panel->borderSize() + row + UifStd::getWidgetGap()) << "the strip of controls lies below";
-  EXPECT_EQ(panel->calcMainViewSize(),
-            XY<int>(user.x1 - user.x0 - panel->getTemplatesList()->width() - panel->borderSize(), user.y1 - user.y0));
+  // A 792 x 550 panel: its 784 x 490 user area less the 286-pixel templates
+  // list and a border.
+  EXPECT_EQ(size, XY<int>(792, 550));
+  EXPECT_EQ(panel->getTemplatesList()->width(), 286);
+  EXPECT_EQ(panel->calcMainViewSize(), XY<int>(494, 490));
   EXPECT_EQ(XY<int>(panel->getView()->width(), panel->getView()->height()), panel->calcMainViewSize());
-  // The view's largest scale, a node an eighth of a unit high.
-  const double h = std::round(panel->getView()->getScale() * 0.125);
-  EXPECT_EQ(FXGraphTool::getNodeSize(panel), XY<int>(static_cast<int>(std::round(h * 1.25)), static_cast<int>(h)));
+  // At the view's largest scale a node is an eighth of a unit (129 pixels)
+  // high and a quarter wider.
+  EXPECT_EQ(FXGraphTool::getNodeSize(panel), XY<int>(161, 129));
   EXPECT_EQ(FXGraphTool::getNodeSize(panel->getView()), XY<int>(0, 0));
 
   // Every resize stores the place; a panel opened later starts there.
