@@ -20,7 +20,7 @@ constexpr double overlapTolerance = 0.0001;
 // that is not an effect. Unsigned 64-bit on purpose: the sibling spread below
 // subtracts one before converting, and for 0 that wraps to 2^64 - 1, which
 // pushes the children of a non-effect parent far out along the breadth axis.
-// That wrap is long-standing layout behaviour and is kept on purpose.
+// Tidy's positions include that wrap.
 uint64_t distinctInputTracks(const FXGraphNodeBase& node) {
   const auto* effect = dynamic_cast<const EffectInstance_opu4h5a4j*>(&node);
   if (!effect) return 0;
