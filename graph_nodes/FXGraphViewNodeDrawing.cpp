@@ -22,6 +22,38 @@ FXGraphViewNode::PixelBox shrunk(FXGraphViewNode::PixelBox b, int by) {
   return {b.x0 + by, b.y0 + by, b.x1 - by, b.y1 - by};
 }
 
+// A bypassed effect must read as such at any zoom, where a greyer title
+// alone is lost: its picture is washed out, its box hatched, and where the
+// text can be read it carries a "bypassed" tag.
+void drawBypassed(NodeView& view, const FXGraphViewNode::PixelBox& box, const FXGraphViewNode::PixelBox* thumb) {
+  Glob& glob = view.glob();
+  if (thumb) glob.drawRect(*thumb, Colour(0.45, 0.45, 0.45, 0.7));
+  CanvasRenderer renderer = glob.canvas().renderer();
+  const int height = box.y1 - box.y0;
+  const int step = std::max(6, height / 7);
+  Glib::LineDescription line;
+  line.colour = {0.1, 0.1, 0.1, 0.45};
+  line.thickness = height > 60 ? 2 : 1;
+  // Rising lines x - y = k, each cut to the box.
+  for (int k = box.x0 - box.y1 + step / 2; k < box.x1 - box.y0; k += step) {
+    const int xa = std::max(box.x0, box.y0 + k), xb = std::min(box.x1, box.y1 + k);
+    if (xa >= xb) continue;
+    line.from = {xa, xa - k};
+    line.to = {xb, xb - k};
+    renderer.renderPrimitive(line);
+  }
+  renderer.addModifiedArea(box);
+  const int tagHeight = static_cast<int>(view.getScale() * titleBarHeight);
+  const int width = box.x1 - box.x0;
+  if (tagHeight < 9 || width < 40) return;
+  const XY<int> mid = thumb ? XY<int>((thumb->x0 + thumb->x1) / 2, (thumb->y0 + thumb->y1) / 2)
+                            : XY<int>((box.x0 + box.x1) / 2, box.y0 + height / 3);
+  const FXGraphViewNode::PixelBox tag{mid.x - width * 3 / 8, mid.y - tagHeight / 2, mid.x + width * 3 / 8,
+                                      mid.y - tagHeight / 2 + tagHeight};
+  glob.drawRect(tag, Colour(0.12, 0.12, 0.12, 0.85));
+  view.drawText(tag, L"bypassed", Colour(1.0, 0.8, 0.3), getDefaultFontName(0));
+}
+
 } // namespace
 
 void FXGraphViewNode::draw() {
@@ -54,6 +86,10 @@ void FXGraphViewNode::draw() {
   } else if (inputsEditable_) {
     // Where a thumbnail would be, the inputs are named.
     drawInputs(true, false);
+  }
+  if (!getNodeActive()) {
+    const bool picture = hasThumbnail() && roomForThumbnail();
+    drawBypassed(*view_, pixelBox_, picture ? &thumbBox_ : nullptr);
   }
 }
 

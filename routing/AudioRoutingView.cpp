@@ -5,6 +5,7 @@
 #include "host/edit/EditGraphIterator.h"
 #include "host/edit/EditInfo.h"
 #include "host/ui/EffectMenuItems.h"
+#include "host/ui/Glob.h"
 #include "host/ui/Event.h"
 
 AudioRoutingView::AudioRoutingView(const InitArgs& args)
@@ -122,6 +123,20 @@ Colour AudioRoutingView::getColourFor(int row, const Palette& palette) const {
   const Ux::Ptr<EffectInstance> effect = getNode(row);
   if (effect && !effect->isActive()) return palette.window(5);
   return iTableAdaptor::getColourFor(row, palette);
+}
+
+bool AudioRoutingView::drawField(const TableCell& cell, Glob& glob, const Ux::Box<int>& box) {
+  if (cell.row < 0 || cell.row >= getNumNodes()) return false;
+  const Ux::Ptr<EffectInstance> effect = getNode(cell.row);
+  if (!effect || effect->isActive()) return false;
+  // A bypassed effect's name is greyed and tagged, so that the row reads as
+  // off without knowing what the darker shade means.
+  const int tagWidth = std::min((box.x1 - box.x0) / 3, 80);
+  const Glob::PixelBox tag{box.x1 - tagWidth - 2, box.y0 + 2, box.x1 - 2, box.y1 - 2};
+  glob.drawText({box.x0 + 4, box.y0, tag.x0 - 4, box.y1}, getFieldText(cell), Colour(0.5, 0.5, 0.5), {}, 0);
+  glob.drawRect(tag, Colour(0.12, 0.12, 0.12));
+  glob.drawText(tag, L"bypassed", Colour(1.0, 0.8, 0.3), {}, 1);
+  return true;
 }
 
 void AudioRoutingView::changed(int kind) {

@@ -43,6 +43,7 @@ public:
   void swapFields(int a, int b, int column) override;
   bool handleMouseClickEvent(const TableCell& cell, const Event& e) override;
   Colour getColourFor(int row, const Palette& palette) const override;
+  bool drawField(const TableCell& cell, Glob& glob, const Ux::Box<int>& box) override;
 
   // The source row's name: the material's name, else the track's display name.
   LightweightString<wchar_t> getSegmentName(const CelEventPair& segment) const;
