@@ -228,7 +228,7 @@ json dumpState(const Session& session) {
   doc["wires"] = wires;
   if (view->dragAnchor()) {
     json accepts = json::array();
-    for (const FXGraphView::PadRef& pad : view->hints().acceptingPads())
+    for (const FXGraphView::PadRef& pad : view->hints().acceptingPads(HoverHints::Among::all))
       accepts.push_back(pad.atInput ? json{{"node", id(pad.node)}, {"input", pad.index}, {"atInput", true}}
                                     : json{{"node", id(pad.node)}, {"output", pad.index}, {"atInput", false}});
     doc["drag"] = {{"anchor", id(view->dragAnchor()->getNodeID())},

@@ -6,7 +6,7 @@
 // Also: a frame of the 5,000-node graph zoomed in to show about 200 nodes
 // (what drawing costs when most of the graph is out of sight), one mouse move
 // of a node drag with what it redraws, and a move of the time to one where
-// the channels' graphs differ (rebuild and redraw).
+// the channels' graphs differ (rebuild and redraw); undo and redo of Arrange.
 #include <memory>
 
 #include <benchmark/benchmark.h>
@@ -155,12 +155,75 @@ void BM_TimeStep(benchmark::State& state) {
   edit->close();
 }
 
+// Undo and redo of Arrange with hand placing on, each with the redraw that
+// puts the result on the screen: what a person waits for after ctrl+Z.
+class ArrangedScene {
+public:
+  explicit ArrangedScene(unsigned nodes) {
+    if (!GlobManager::initialised()) GlobManager::initialise(1920, 1080);
+    edit_ = fxgraph::generateEdit(nodes, 7);
+    vob_ = std::make_unique<Vob>(edit_);
+    view_ = new FXGraphView(vob_.get(), {1920, 1080}, Palette());
+    view_->manualPositioningValue() = true;
+    GlobManager::realize(view_);
+    view_->recalcNodeList(false);
+    view_->resetView(1, 0);
+    view_->arrange();
+    GlobManager::update();
+    view_->stills().finish();
+  }
+  ~ArrangedScene() {
+    GlobManager::requestDeletion(view_);
+    GlobManager::processDeletions();
+    vob_.reset();
+    edit_->close();
+  }
+  void undo() {
+    vob_->undoRequest();
+    GlobManager::update();
+  }
+  void redo() {
+    vob_->redoRequest();
+    GlobManager::update();
+  }
+  std::size_t nodes() const { return view_->nodes().size(); }
+
+private:
+  EditPtr edit_;
+  std::unique_ptr<Vob> vob_;
+  FXGraphView* view_;
+};
+
+void BM_UndoArrange(benchmark::State& state) {
+  ArrangedScene scene(static_cast<unsigned>(state.range(0)));
+  for (auto _ : state) {
+    scene.undo();
+    state.PauseTiming();
+    scene.redo();
+    state.ResumeTiming();
+  }
+  state.counters["nodes"] = static_cast<double>(scene.nodes());
+}
+
+void BM_RedoArrange(benchmark::State& state) {
+  ArrangedScene scene(static_cast<unsigned>(state.range(0)));
+  for (auto _ : state) {
+    state.PauseTiming();
+    scene.undo();
+    state.ResumeTiming();
+    scene.redo();
+  }
+  state.counters["nodes"] = static_cast<double>(scene.nodes());
+}
+
 BENCHMARK(BM_RecalcNodeList)->Arg(50)->Arg(500)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Frame)->Arg(200)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FrameCairoFloor)->Arg(200)->Arg(500)->Arg(5000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FrameVisible)->Arg(5000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_DragStep)->Arg(500)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_TimeStep)->Arg(500)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_UndoArrange)->Arg(300)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RedoArrange)->Arg(300)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -8,41 +8,6 @@
 #include "graph_view/FXGraphView.h"
 #include "layout/FXGraphArranger.h"
 
-namespace {
-
-// The draw and hand-placed positions of some records, to put back.
-class PositionsUndo : public UndoExtra {
-public:
-  PositionsUndo(Ux::Ptr<NodeUIPosManager> manager, const std::vector<IdStamp>& ids) : manager_(std::move(manager)) {
-    for (const IdStamp& id : ids)
-      if (const NodeUIPosRec* rec = manager_->openPosRec(id))
-        saved_.push_back({id, rec->getDrawPosition(), rec->getManualPos(), rec->isManualPosSet()});
-  }
-  std::shared_ptr<const UndoExtra> capture() const override {
-    std::vector<IdStamp> ids;
-    for (const Saved& s : saved_) ids.push_back(s.id);
-    return std::make_shared<PositionsUndo>(manager_, ids);
-  }
-  void restore() const override {
-    for (const Saved& s : saved_)
-      if (NodeUIPosRec* rec = manager_->openPosRec(s.id)) {
-        rec->restoreManualState(s.manual.x, s.manual.y, s.manualSet);
-        rec->setDrawPosition(s.draw, true);
-      }
-  }
-
-private:
-  struct Saved {
-    IdStamp id;
-    XY<double> draw, manual;
-    bool manualSet;
-  };
-  Ux::Ptr<NodeUIPosManager> manager_;
-  std::vector<Saved> saved_;
-};
-
-} // namespace
-
 void Arrangement::apply(FXGraphView& view) {
   const auto& nodes = view.nodes_;
   const EditPtr& edit = view.edit_;
@@ -75,13 +40,9 @@ void Arrangement::apply(FXGraphView& view) {
       graph, roots, leftToRight ? FXGraphArranger::leftToRight : FXGraphArranger::bottomToTop, FXGraphView::layoutGap, origin);
 
   const bool byHand = view.manualPositioning();
-  if (byHand) {
-    if (Ux::Ptr<NodeUIPosManager> manager = view.positionManager()) {
-      std::vector<IdStamp> ids;
-      for (const auto& n : nodes) ids.push_back(n->getNodeID());
-      edit->makeBackup(std::make_shared<PositionsUndo>(manager, ids));
-    }
-  }
+  // One undo step, which keeps every position as it was (the edit's
+  // position manager gives them to each step).
+  edit->makeBackup();
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     nodes[i]->setPosition(places[i].x, places[i].y, true);
     if (byHand)

@@ -193,11 +193,19 @@ void FXGraphView::handleModifications(const EditModifications& mods, const VobMo
     redraw();
     return;
   }
+  const double scale = scale_;
   recalcNodeList(true);
   checkForCoincidentNodes();
   keepCanvasAroundGraph();
-  // A graph that no longer fits is brought back into view; one that fits is left alone.
-  resetView(1, 1);
+  // The zoom is a share of the canvas, which follows the graph: the scale
+  // is what the person sees, and it stays.
+  keepScale(scale);
+  // The view keeps its zoom and centre through a change (a wire picked up,
+  // an undo): it moves only when asked, or when nothing would show.
+  const bool anyInView = std::any_of(nodes_.begin(), nodes_.end(), [](const Ux::Ptr<FXGraphViewNode>& n) {
+    return n->isVisible(n->calcPixelExtents());
+  });
+  if (!anyInView) resetView(1, 1);
   redraw();
 }
 

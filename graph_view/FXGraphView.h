@@ -106,6 +106,8 @@ public:
   virtual void setViewZoom(double z);
   void setMaxNodeSize(int n);
   double calcPhysicalScale(double zoom) const;
+  // The zoom that gives that scale (pixels a graph unit) on the canvas as it now is.
+  void keepScale(double scale);
   double fitViewToCanvRect(const GraphBox& box) const;
   double calcAutoScale(double& cx, double& cy) const;
   GraphBox getGraphExtents() const;
@@ -198,8 +200,9 @@ public:
   bool handleMouseEvent(const Event& e) override;
   // Keys the view takes: "f" fits the whole graph in the view, shift+"f"
   // centres the node under the mouse (or with focus) at the zoom it has, "l"
-  // arranges, "n" turns the navigator on or off, Tab or a letter that is no
-  // command opens search to add; the others go to the parts.
+  // arranges, "n" turns the navigator on or off, Escape puts a held wire
+  // back, Tab or a letter that is no command opens search to add; the
+  // others go to the parts.
   bool handleKeyEvent(const Event& e) override;
   bool handleInputClicked(Ux::Ptr<FXGraphViewNode> node, int input);
   bool handleOutputClicked(Ux::Ptr<FXGraphViewNode> node, int output);
@@ -207,6 +210,8 @@ public:
   bool handlePadClicked(const WireEnd& clicked);
   bool handleNodeClicked(Ux::Ptr<FXGraphViewNode> node);
   bool removeDraggedIFConnection();
+  // Lets the held wire go, and puts back the wire it was taken from.
+  bool putBackHeldWire();
   // The panel that holds the view, for what the view asks of it (commands
   // on graph items, the templates search to add offers); none when alone.
   void setHost(ViewHost* host) noexcept { host_ = host; }

@@ -122,6 +122,11 @@ double FXGraphView::calcPhysicalScale(double zoom) const {
   return low + (most - low) * zoom;
 }
 
+void FXGraphView::keepScale(double scale) {
+  const double s0 = calcPhysicalScale(0), s1 = calcPhysicalScale(1);
+  if (s1 > s0 && std::isfinite(scale)) setViewZoom(std::clamp((scale - s0) / (s1 - s0), 0.0, 1.0));
+}
+
 double FXGraphView::fitViewToCanvRect(const GraphBox& box) const {
   const double sy = (height() - 30.0) / (box.y1 - box.y0);
   const double sx = (width() - 30.0) / (box.x1 - box.x0);

@@ -154,6 +154,11 @@ void FXGraphView::dragMovedNode(const Event& e) {
   XY<double> p = viewToGraphSpace(XY<double>(e.position.x - interaction_.grab.x, e.position.y - interaction_.grab.y));
   constrainToCanvas(p);
   const bool wholeGraph = (keyboardModifiers() & Event::controlHeld) && manualPositioning();
+  // The drag is one undo step: where everything was when it began.
+  if (!interaction_.stepMade && edit_) {
+    edit_->makeBackup();
+    interaction_.stepMade = true;
+  }
   // One node moved alone changes only what it and its wires cover, before
   // and after: just that is drawn again.
   const PixelBox before = wholeGraph ? PixelBox() : damageOf(*moved);
@@ -179,6 +184,7 @@ void FXGraphView::dragMovedNode(const Event& e) {
 bool FXGraphView::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown || (e.modifiers & Event::controlHeld)) return false;
   if (searchField().key(e)) return true;
+  if (e.key == Event::keyEscape && interaction_.kind == Interaction::holdingWire) return putBackHeldWire();
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
   const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n';
   if (e.key == 'l') {
@@ -222,6 +228,8 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
 bool FXGraphView::handleNodeClicked(Ux::Ptr<FXGraphViewNode> node) {
   auto* effect = dynamic_cast<EffectInstance*>(node->graphNode().get());
   if (!effect || dynamic_cast<AliasedInputEffect*>(effect) || !edit_) return false;
+  // The switch is an undo step of its own, as every change a person makes.
+  edit_->makeBackup();
   effect->setActive(!effect->isActive());
   edit_->setDirty(true);
   edit_->addModification({EditModification(EffectModification::eActive, effect->getId())}, true);
@@ -244,6 +252,16 @@ bool FXGraphView::removeDraggedIFConnection() {
     editor.disconnectNodes(getIteratorFor(fed->graphNode(), EditGraphIterator::atNode), input, true);
   }
   structureChanged(edit_);
+  return true;
+}
+
+bool FXGraphView::putBackHeldWire() {
+  const std::size_t depth = interaction_.pickUpDepth;
+  endInteraction();
+  // A wire taken off its pads goes back by taking its step back, unless
+  // something was done since; a new wire changed nothing.
+  if (depth != 0 && edit_ && edit_->undoDepth() == depth) edit_->withdrawLastStep();
+  redraw();
   return true;
 }
 
@@ -322,6 +340,7 @@ void FXGraphView::pickUpWire(FXEditor& editor, const WireEnd& clicked) {
     out.node->disconnectOutput(out.pad);
     structureChanged(edit_);
   }
+  if (far) interaction_.pickUpDepth = edit_->undoDepth();
   interaction_.fixedEnd = held.atInput ? held.node->getInputPos(static_cast<unsigned long>(held.pad))
                                        : held.node->getOutputPos(static_cast<unsigned char>(held.pad));
   interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};

@@ -417,6 +417,8 @@ void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double>
 }
 
 void FXGraphView::tidy() {
+  // Tidy asked for is one undo step: the hand placings it replaces come back.
+  if (edit_ && !nodes_.empty()) edit_->makeBackup();
   autoTidy();
   keepCanvasAroundGraph();
   updateScrollbars(true);

@@ -59,7 +59,7 @@ void HoverHints::rebuilt() {
   tipShown_ = false;
 }
 
-std::vector<FXGraphView::PadRef> HoverHints::acceptingPads() const {
+std::vector<FXGraphView::PadRef> HoverHints::acceptingPads(Among among) const {
   std::vector<FXGraphView::PadRef> pads;
   const Ux::Ptr<FXGraphViewNode>& anchor = view_.dragAnchor();
   const EditPtr& edit = view_.getEdit();
@@ -68,7 +68,7 @@ std::vector<FXGraphView::PadRef> HoverHints::acceptingPads() const {
   if (view_.dragAnchoredAtInput()) {
     const EditGraphIterator destination = view_.getIteratorFor(anchor->graphNode(), EditGraphIterator::atNode);
     for (const auto& n : view_.nodes()) {
-      if (!n->graphNode() || !n->isVisibleFlag()) continue;
+      if (!n->graphNode() || (among == Among::shown && !n->isVisibleFlag())) continue;
       if (editor.canConnectNodes(destination, view_.dragAnchorPad(),
                                  view_.getIteratorFor(n->graphNode(), EditGraphIterator::atNode)))
         pads.push_back({n->getNodeID(), static_cast<int>(n->outputTable().size()), false});
@@ -76,7 +76,7 @@ std::vector<FXGraphView::PadRef> HoverHints::acceptingPads() const {
   } else {
     const EditGraphIterator source = view_.getIteratorFor(anchor->graphNode(), EditGraphIterator::atNode);
     for (const auto& n : view_.nodes()) {
-      if (!n->graphNode() || !n->isVisibleFlag()) continue;
+      if (!n->graphNode() || (among == Among::shown && !n->isVisibleFlag())) continue;
       const unsigned count = n->graphNode()->getNumInputs();
       EditGraphIterator destination;
       for (unsigned i = 0; i < count; ++i) {

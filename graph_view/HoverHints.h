@@ -32,8 +32,10 @@ public:
   bool tooltipShowing() const noexcept { return tipShown_; }
   // While a wire dangles: every pad that would take it, as the editor
   // judges (no cycle, no locked input): free inputs for a wire from an
-  // output, spare output slots for a wire from an input.
-  std::vector<FXGraphView::PadRef> acceptingPads() const;
+  // output, spare output slots for a wire from an input; of the nodes
+  // drawn last, or of every node.
+  enum class Among { shown, all };
+  std::vector<FXGraphView::PadRef> acceptingPads(Among among = Among::shown) const;
   // Says what a node is in words: its kind, title, whether it is on, what
   // feeds each input and what its output feeds.
   LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;

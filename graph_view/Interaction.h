@@ -34,12 +34,18 @@ struct Interaction {
   // pixels from its centre).
   Ux::Ptr<FXGraphViewNode> moved;
   XY<int> grab;
+  // draggingNode: the undo step of the move is made (at its first move).
+  bool stepMade = false;
   // holdingWire: the pad the wire is fixed at (its anchor), where that pad
   // is (the wire's fixed end, view pixels) and where the mouse was when the
   // wire was taken.
   WireEnd held;
   XY<int> fixedEnd;
   XY<int> dragStart;
+  // holdingWire: the edit's undo depth right after taking the wire off its
+  // pad made its step; 0 for a new wire, which changed nothing. Escape
+  // takes that step back while it is still the last.
+  std::size_t pickUpDepth = 0;
   // draggingNode, holdingWire: the timer runs (the wire follows the mouse,
   // the view scrolls at its edges) until the gesture ends.
   TimerHold hold;

@@ -149,7 +149,7 @@ bool KeyboardFocus::pickOrDrop() {
   if (!view_.dragAnchor()) return view_.handleOutputClicked(node, spare);
   if (view_.dragAnchoredAtInput()) return view_.handleOutputClicked(node, spare);
   // A wire from an output lands on the first free input that takes it.
-  for (const FXGraphView::PadRef& pad : view_.hints().acceptingPads())
+  for (const FXGraphView::PadRef& pad : view_.hints().acceptingPads(HoverHints::Among::all))
     if (pad.node == focus_ && pad.atInput) return view_.handleInputClicked(node, pad.index);
   return false;
 }

@@ -1,5 +1,7 @@
 #include "node_ui/NodeUIPosManager.h"
 
+#include "node_ui/PositionsUndo.h"
+
 STRM_DEFINE_LAYER(NodeUIPosManager, "J")
 STRM_REGISTER_LAYER(NodeUIPosManager);
 
@@ -39,4 +41,9 @@ NodeUIPosRec* NodeUIPosManager::createPosRec(const IdStamp& node, double x, doub
 
 NodeUIRecBase* NodeUIPosManager::createNewNodeRec(NodeUIManagerBase* owner) const {
   return new NodeUIPosRec(owner, IdStamp(0, 0, 0), invalid_cookie);
+}
+
+std::shared_ptr<const UndoExtra> NodeUIPosManager::undoState() const {
+  if (recordCount() == 0) return nullptr;
+  return std::make_shared<PositionsUndo>(Ux::Ptr<NodeUIPosManager>(const_cast<NodeUIPosManager*>(this)));
 }

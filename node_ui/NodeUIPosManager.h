@@ -33,6 +33,10 @@ public:
   VidRouting::Orientations::Orientation getOrientation() const noexcept { return orientation_; }
   void setOrientation(VidRouting::Orientations::Orientation o) noexcept { orientation_ = o; }
 
+  // Every record's positions, so that each undo step of the edit brings
+  // back where its nodes were.
+  std::shared_ptr<const UndoExtra> undoState() const override;
+
   void pack(PStream&) const {}
   void unpack(PStream&) {}
 

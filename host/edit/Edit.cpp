@@ -169,13 +169,38 @@ void Edit::restore(const Snapshot& s) {
   addModification({EditModification(EditModification::structure)}, true);
 }
 
-UndoExtra::~UndoExtra() = default;
+namespace {
+// The undo states of one step, taken and brought back together.
+class UndoExtras : public UndoExtra {
+public:
+  explicit UndoExtras(std::vector<std::shared_ptr<const UndoExtra>> parts) : parts_(std::move(parts)) {}
+  std::shared_ptr<const UndoExtra> capture() const override {
+    std::vector<std::shared_ptr<const UndoExtra>> now;
+    for (const auto& part : parts_) now.push_back(part->capture());
+    return std::make_shared<UndoExtras>(std::move(now));
+  }
+  void restore() const override {
+    for (const auto& part : parts_) part->restore();
+  }
+
+private:
+  std::vector<std::shared_ptr<const UndoExtra>> parts_;
+};
+} // namespace
 
 void Edit::makeBackup() { makeBackup(nullptr); }
 
 void Edit::makeBackup(std::shared_ptr<const UndoExtra> extra) {
+  std::vector<std::shared_ptr<const UndoExtra>> parts;
+  if (extra) parts.push_back(std::move(extra));
+  for (const auto& [name, object] : bound_)
+    if (object)
+      if (auto state = object->undoState()) parts.push_back(std::move(state));
   undo_.push_back(takeSnapshot());
-  undo_.back().extra = std::move(extra);
+  if (parts.size() == 1)
+    undo_.back().extra = std::move(parts.front());
+  else if (!parts.empty())
+    undo_.back().extra = std::make_shared<UndoExtras>(std::move(parts));
   if (undo_.size() > historyLimit) undo_.erase(undo_.begin());
   redo_.clear();
 }
@@ -189,6 +214,12 @@ bool Edit::undo() {
   // The extra state first: those who rebuild on the edit's news find it back.
   if (s.extra) s.extra->restore();
   restore(s);
+  return true;
+}
+
+bool Edit::withdrawLastStep() {
+  if (!undo()) return false;
+  redo_.pop_back();
   return true;
 }
 

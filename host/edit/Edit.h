@@ -16,6 +16,7 @@
 #include "host/core/Cookie.h"
 #include "host/core/LightweightString.h"
 #include "host/core/Ptr.h"
+#include "host/core/UndoExtra.h"
 #include "host/core/iObject.h"
 #include "host/edit/Channel.h"
 #include "host/edit/EditModification.h"
@@ -31,16 +32,6 @@ struct VideoMetadata {
   int height = 1080;
   double frameRate = 25;
   double aspectRatio() const { return aspectCode == 2 ? 16.0 / 9.0 : double(width) / double(height); }
-};
-
-// State kept beside an edit (outside its snapshots) that one undo step may
-// carry: hand-placed positions an arrangement changed, say. Captured when
-// the step is made; undoing it captures the state again for the redo.
-class FXHOST_API UndoExtra {
-public:
-  virtual ~UndoExtra();
-  virtual std::shared_ptr<const UndoExtra> capture() const = 0;
-  virtual void restore() const = 0;
 };
 
 // An edit: named, identified by a cookie, with a frame rate and channels of
@@ -133,7 +124,8 @@ public:
   void flushModifications();
   NotifierEx<EditModifications>& modificationNotifier() noexcept { return modifications_; }
 
-  // Undo history: whole-edit snapshots of channels and nodes.
+  // Undo history: whole-edit snapshots of channels and nodes, each with
+  // the undo state of the bound objects that keep one (Taggable::undoState).
   void makeBackup();
   // A backup that also brings back the extra state when undone.
   void makeBackup(std::shared_ptr<const UndoExtra> extra);
@@ -142,6 +134,9 @@ public:
   // Restores the state before the last backup; tells everyone (kind 5).
   bool undo();
   bool redo();
+  // Undoes the last step and forgets it (no redo): a gesture that was let
+  // go, as if it had not begun.
+  bool withdrawLastStep();
   std::size_t undoDepth() const noexcept { return undo_.size(); }
 
   // Lets go of every held object; bound objects that refer back to the edit

@@ -1,5 +1,8 @@
 #pragma once
+#include <memory>
+
 #include "host/FxHostApi.h"
+#include "host/core/UndoExtra.h"
 #include "host/stream/StreamClassRegistrar.h"
 #include "host/stream/StreamableTraits.h"
 
@@ -28,4 +31,7 @@ public:
   virtual LightweightString<char> asString() const;
   virtual Ux::Ptr<Taggable> clone() const;
   virtual Ux::Ptr<Taggable> cloneWithChildren() const { return clone(); }
+  // For an object bound to an edit: what of it an undo step of the edit
+  // should bring back (it lives outside the edit's snapshots); null for none.
+  virtual std::shared_ptr<const UndoExtra> undoState() const { return nullptr; }
 };

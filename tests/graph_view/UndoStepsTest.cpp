@@ -1,0 +1,186 @@
+// Every change a person makes in the view is one undo step that takes back
+// that change and nothing else, in both orientations: pad clicks, node drags,
+// a bypass switch, Tidy and Arrange; and Escape puts a held wire back.
+#include <map>
+#include <tuple>
+
+#include <gtest/gtest.h>
+
+#include "node_ui/NodeUIPosManager.h"
+#include "tests/graph_view/ViewInput.h"
+#include "tests/support/ViewFixture.h"
+
+namespace undosteps {
+
+using testsupport::click;
+using testsupport::moveTo;
+using testsupport::press;
+using testsupport::release;
+
+const IdStamp s1(3, 0, 1), s2(3, 0, 2), s3(3, 0, 3);
+const IdStamp mix(2, 0, 1), pip(2, 0, 2);
+
+// V1: mix(s1, s2); V2: pip(s3, a free input).
+EditPtr twoGraphs() {
+  testsupport::EditBuilder e;
+  for (const IdStamp& m : {s1, s2, s3}) e.material(m);
+  e.effect(mix, "mix", {s1, s2});
+  e.effect(pip, "pip", {s3, IdStamp()});
+  e.channel(IdStamp(1, 0, 1), L"V1", mix);
+  e.channel(IdStamp(1, 0, 2), L"V2", pip);
+  return e.edit();
+}
+
+// What an undo step must bring back: every stored position (draw, by hand,
+// and whether by hand), every effect's wires and switch.
+using Positions = std::map<IdStamp, std::tuple<double, double, double, double, bool>>;
+struct State {
+  Positions positions;
+  std::map<IdStamp, std::tuple<IdStamp, IdStamp, bool>> effects;
+  friend bool operator==(const State&, const State&) = default;
+};
+
+class UndoSteps : public ::testing::TestWithParam<VidRouting::Orientations::Orientation> {
+protected:
+  testsupport::ViewFixture fx{twoGraphs(), {640, 480}};
+  FXGraphView& view = fx.view();
+  EditPtr edit = view.getEdit();
+  viewtest::Pads pads{view};
+
+  void SetUp() override {
+    view.setOrientation(GetParam(), false);
+    viewtest::showWholeGraph(view, 50);
+    ASSERT_TRUE(view.manualPositioning());
+  }
+  State state() const {
+    State s;
+    for (const NodeUIRecBase* base : NodeUIPosManager::getManagerFor(edit)->records().as<NodeUIRecBase>()) {
+      const auto* rec = dynamic_cast<const NodeUIPosRec*>(base);
+      const XY<double> d = rec->getDrawPosition(), m = rec->getManualPos();
+      s.positions[rec->getNodeId()] = {d.x, d.y, m.x, m.y, rec->isManualPosSet()};
+    }
+    for (const IdStamp& id : {mix, pip}) {
+      const auto fx = edit->openObject<EffectInstance>(id);
+      s.effects[id] = {fx->getInputTrackId(0), fx->getInputTrackId(1), fx->isActive()};
+    }
+    return s;
+  }
+  void drag(const IdStamp& id, XY<int> by) {
+    const XY<int> grab = pads.body(id);
+    press(grab);
+    moveTo(grab + by);
+    moveTo(grab + by + XY<int>{3, 3});
+    release(grab + by + XY<int>{3, 3});
+  }
+};
+
+TEST_P(UndoSteps, EachChangeIsOneStepAndUndoingItLeavesTheOthers) {
+  std::vector<State> after{state()};
+  auto step = [&](const char* what, auto&& change) {
+    change();
+    after.push_back(state());
+    EXPECT_NE(after.back(), after[after.size() - 2]) << what << " changed nothing";
+    EXPECT_EQ(edit->undoDepth(), after.size() - 1) << what;
+  };
+  step("wire taken off", [&] {
+    click(pads.in(mix, 0));
+    click(pads.nothing());
+  });
+  step("node drag", [&] { drag(pip, {30, 20}); });
+  step("control-drag", [&] {
+    GlobManager::setKeyboardModifiers(Event::controlHeld);
+    drag(s1, {-25, 15});
+    GlobManager::setKeyboardModifiers(0);
+  });
+  step("bypass switch", [&] { click(pads.body(mix)); });
+  step("tidy", [&] { view.tidy(); });
+  step("drag after tidy", [&] { drag(s3, {20, -30}); });
+  step("arrange", [&] { EXPECT_TRUE(testsupport::key('l')); });
+
+  // Back one step at a time: each undo gives exactly the state before its
+  // step, whatever came later; then redo gives each again.
+  for (std::size_t k = after.size() - 1; k > 0; --k) {
+    ASSERT_TRUE(fx.vob().undo());
+    EXPECT_EQ(state(), after[k - 1]) << "undo to step " << k - 1;
+    // What the view shows follows the records.
+    for (const auto& [id, p] : after[k - 1].positions)
+      if (auto node = pads.node(id)) {
+        EXPECT_EQ(node->getPosition(), XY<double>(std::get<0>(p), std::get<1>(p)));
+      }
+  }
+  EXPECT_FALSE(edit->canUndo());
+  for (std::size_t k = 1; k < after.size(); ++k) {
+    ASSERT_TRUE(fx.vob().redo());
+    EXPECT_EQ(state(), after[k]) << "redo to step " << k;
+  }
+}
+
+TEST_P(UndoSteps, ClicksThatChangeNothingMakeNoStep) {
+  // A click on a material, a press and release in place on an effect's
+  // pad-free canvas, a new wire let go: no step.
+  click(pads.body(s2));
+  click(pads.nothing());
+  click(pads.out(s3, 1));
+  click(pads.nothing());
+  EXPECT_EQ(edit->undoDepth(), 0u);
+}
+
+TEST_P(UndoSteps, EscapePutsAHeldWireBackAsIfItWereNeverTaken) {
+  const State before = state();
+  // Taken off a wired input: Escape puts it back, and leaves no undo or
+  // redo behind.
+  click(pads.in(mix, 1));
+  ASSERT_TRUE(view.dragAnchor());
+  EXPECT_NE(state(), before);
+  EXPECT_TRUE(testsupport::key(Event::keyEscape));
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(view.timerHolds(), 0);
+  EXPECT_EQ(state(), before);
+  EXPECT_FALSE(edit->canUndo());
+  EXPECT_FALSE(edit->canRedo());
+  EXPECT_EQ(pads.node(mix)->getInputConnect(1), pads.node(s2).get());
+  // Taken off an output: the same.
+  click(pads.out(s3, 0));
+  ASSERT_TRUE(view.dragAnchor());
+  testsupport::key(Event::keyEscape);
+  EXPECT_EQ(state(), before);
+  EXPECT_FALSE(edit->canUndo());
+  // A new wire from a free pad is let go, the edit untouched.
+  click(pads.in(pip, 1));
+  ASSERT_TRUE(view.dragAnchor());
+  testsupport::key(Event::keyEscape);
+  EXPECT_FALSE(view.dragAnchor());
+  EXPECT_EQ(state(), before);
+  // An earlier step stays where it was.
+  click(pads.body(pip));
+  click(pads.in(mix, 0));
+  testsupport::key(Event::keyEscape);
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  EXPECT_FALSE(std::get<2>(state().effects[pip]));
+  EXPECT_EQ(std::get<0>(state().effects[mix]), s1);
+}
+
+TEST_P(UndoSteps, TheViewStaysPutThroughWiresAndUndo) {
+  // Zoomed in on one corner, so that the graph is larger than the view.
+  view.setViewZoom(0.2);
+  view.setViewCentre(pads.node(mix)->getPosition().x, pads.node(mix)->getPosition().y);
+  view.redraw();
+  const auto where = [&] { return std::pair(view.getScale(), view.getViewCentre()); };
+  const auto before = where();
+  click(pads.in(mix, 0));
+  EXPECT_EQ(where(), before) << "picking a wire up";
+  click(pads.in(mix, 0));
+  EXPECT_EQ(where(), before) << "dropping it";
+  ASSERT_TRUE(fx.vob().undo());
+  ASSERT_TRUE(fx.vob().undo());
+  EXPECT_EQ(where(), before) << "undo";
+}
+
+INSTANTIATE_TEST_SUITE_P(BothWays, UndoSteps,
+                         ::testing::Values(VidRouting::Orientations::LeftToRight,
+                                           VidRouting::Orientations::BottomToTop),
+                         [](const auto& way) {
+                           return way.param == VidRouting::Orientations::LeftToRight ? "LeftToRight" : "BottomToTop";
+                         });
+
+} // namespace undosteps
