@@ -170,6 +170,9 @@ public:
   void drawConnectionPad(XY<int> position, FXGraphViewNode* other, PadType type);
   void drawThumbnailBorder();
   virtual bool hasThumbnail() const { return false; }
+  // A node made afresh for the same graph node as `before` (a rebuild of
+  // the list) shows before's picture until its own is ready.
+  virtual void takeOverPicture(const FXGraphViewNode& before) { (void)before; }
   virtual void drawThumbnail();
   virtual void drawThumbnail(const EditGraphIterator& at);
   Colour getPadCol(bool input) const;

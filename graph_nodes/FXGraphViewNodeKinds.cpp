@@ -63,9 +63,10 @@ Ux::Ptr<UxImage> FXGraphViewThumbNode::updateCachedStill(EditGraphIterator at) {
 void FXGraphViewThumbNode::drawThumbnail(const EditGraphIterator& at) {
   Ux::Ptr<UxImage> still = updateCachedStill(at);
   if (!still) {
-    // Until the still is made, the picture shown before stands in while it
-    // fits the box; otherwise a plain placeholder.
-    if (shown_ && shown_->width() == thumbBox_.width() && shown_->height() == thumbBox_.height())
+    // Until the still is made, the picture shown before stands in (scaled
+    // to the box when the zoom changed); a plain placeholder only when
+    // there has never been one.
+    if (shown_)
       renderInto(view_, thumbBox_, shown_);
     else if (view_)
       view_->glob().drawRect(thumbBox_, getMainCol().scaled(0.6));
@@ -78,6 +79,10 @@ void FXGraphViewThumbNode::drawThumbnail(const EditGraphIterator& at) {
 }
 
 bool FXGraphViewThumbNode::thumbnailColour(Colour& out) const { return pictureColourAtMiddle(shown_.get(), out); }
+
+void FXGraphViewThumbNode::takeOverPicture(const FXGraphViewNode& before) {
+  if (const auto* thumb = dynamic_cast<const FXGraphViewThumbNode*>(&before); thumb && !shown_) shown_ = thumb->shown_;
+}
 
 // -- material nodes ---------------------------------------------------------------
 

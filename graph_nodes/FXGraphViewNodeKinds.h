@@ -19,9 +19,10 @@ public:
   // and added to it.
   Ux::Ptr<UxImage> updateCachedStill(EditGraphIterator at);
   bool thumbnailColour(Colour& out) const override;
+  void takeOverPicture(const FXGraphViewNode& before) override;
 
 private:
-  Ux::Ptr<UxImage> shown_; // the picture last drawn, at the thumbnail's size
+  Ux::Ptr<UxImage> shown_; // the picture last drawn
 };
 
 // A source material used in the edit.

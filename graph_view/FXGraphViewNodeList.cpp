@@ -115,6 +115,7 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
       const XY<double> p = it->second->getPosition();
       NotificationsSuspended still(n.get());
       n->setPosition(p.x, p.y, true);
+      n->takeOverPicture(*it->second);
     }
     // 8. In manual positioning a rebuild of the same count keeps positions.
     if (!(manualPositioning() && nodes_.size() == old.size())) autoTidy();

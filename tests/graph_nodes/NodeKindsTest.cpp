@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
+#include "graph_view/ViewStills.h"
 #include "host/edit/EditFile.h"
 #include "host/render/ImageCache.h"
 #include "host/render/RenderCounters.h"
@@ -108,6 +109,34 @@ TEST_F(DrawnPromo, AnUnchangedImageFileIsNotReadAgainAndANodeOutsideTheViewDraws
   node->setPosition(100, 100, false);
   node->draw();
   EXPECT_FALSE(node->drawnLast());
+}
+
+// Stills made in the background, as in the window: a change of the edit
+// (a click that bypasses an effect, say) makes every node afresh and every
+// still stale, yet each picture stays on screen until its new still is made.
+TEST(BackgroundPictures, AThumbnailIsNeverBlankAfterAChange) {
+  ViewFixture fx{EditFile::load(testsupport::sourcePath("examples/promo.json")).edit, {400, 300}, true};
+  FXGraphView& view = fx.view();
+  view.redraw();
+  view.stills().finish();
+  view.redraw();
+  const IdStamp sky(3, 0, 6);
+  Colour before;
+  ASSERT_TRUE(fx.node(sky)->thumbnailColour(before)) << "the picture is up";
+  for (const IdStamp& effect : {IdStamp(2, 0, 1), IdStamp(2, 0, 3)}) {
+    const FXGraphViewNode* old = fx.node(sky).get();
+    ASSERT_TRUE(view.handleNodeClicked(fx.node(effect)));
+    ASSERT_NE(fx.node(sky).get(), old) << "the node was made afresh";
+    view.redraw();
+    Colour now;
+    ASSERT_TRUE(fx.node(sky)->thumbnailColour(now)) << "blank before its still is made";
+    EXPECT_EQ(now, before);
+  }
+  // Zoomed, the old picture is drawn to the new size meanwhile.
+  view.setViewZoom(0.8);
+  view.redraw();
+  Colour zoomed;
+  EXPECT_TRUE(fx.node(sky)->thumbnailColour(zoomed));
 }
 
 } // namespace
