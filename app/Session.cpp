@@ -6,10 +6,12 @@
 #include <set>
 
 #include "app/SettingsCheck.h"
+#include "graph_tool/PanelStatus.h"
 #include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
+#include "host/edit/EditSaving.h"
 #include "host/notify/Log.h"
 #include "host/ui/GlobManager.h"
 
@@ -108,6 +110,15 @@ bool Session::open(const std::string& path, std::optional<double> time, const st
   Vob::setPlayMachine(vob_.get());
   Vob::setRecordMachine(vob_.get());
   monitor_ = std::make_unique<CompoundEffectMonitor>(vob_.get());
+  // The tool's ctrl+S and its question before closing save where the
+  // script's save does.
+  EditSaving::install([this](const EditPtr& edit, std::string& reason) {
+    if (!(edit == edit_)) {
+      reason = "that edit was not opened from a file";
+      return false;
+    }
+    return save(reason);
+  });
   {
     // What the tool finds wrong with the edit's stored positions as it
     // opens is told with the edit's own warnings.
@@ -116,6 +127,9 @@ bool Session::open(const std::string& path, std::optional<double> time, const st
     for (const std::string& m : log.messages())
       if (m.starts_with("Position records:")) warnings_.push_back(EditFile::sidecarPath(path) + ": " + trimmedLine(m));
   }
+  // Records the tool made for the nodes as it first laid them out are no
+  // change of the user's: the edit opens with nothing to save.
+  edit_->setDirty(false);
   return true;
 }
 
@@ -254,6 +268,7 @@ void Session::writeLayout() {
 
 void Session::close() {
   if (!edit_) return;
+  EditSaving::install(nullptr);
   writeLayout();
   // Every panel goes, as on exit; each destructor writes its preferences.
   for (FXGraphTool* panel : FXGraphTool::allPanels_.as<FXGraphTool>()) GlobManager::requestDeletion(panel);
@@ -298,7 +313,11 @@ bool Session::save(std::string& why) {
     why = "no edit is open";
     return false;
   }
-  return EditFile::save(edit_, path_, why);
+  if (!EditFile::save(edit_, path_, why)) return false;
+  // The panels say the changes are saved.
+  for (FXGraphTool* p : FXGraphTool::allPanels_.as<FXGraphTool>())
+    if (p->status()) p->status()->refresh();
+  return true;
 }
 
 } // namespace fxgraph

@@ -1,10 +1,13 @@
 #include "app/WindowLoop.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 
 #include <SDL.h>
 
+#include "graph_tool/FXGraphTool.h"
+#include "graph_tool/UnsavedChanges.h"
 #include "host/edit/Vob.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
@@ -53,13 +56,49 @@ void moveTime(SDL_Keycode key) {
   vob->setCurrentTime(vob->getEdit()->wholeFrame(std::clamp(t, 0.0, std::max(0.0, end))));
 }
 
+// A termination signal (the session ends, a kill) cannot wait for an
+// answer: the program ends as on exit, without asking.
+volatile std::sig_atomic_t terminated = 0;
+extern "C" void onTerminate(int) { terminated = 1; }
+
+// The window's close asked for: every tool closes as its close box closes
+// it, asking first where changes are not saved. The window stays while a
+// question is open; it closes once no tool is left, and quitting is given
+// up when a tool stays (the question was cancelled).
+class Quitting {
+public:
+  void request() {
+    asked_ = true;
+    for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>()) tool->requestClose();
+    GlobManager::processDeletions();
+  }
+  // False when the window is to close.
+  bool keepOpen() {
+    if (!asked_) return true;
+    if (FXGraphTool::allPanels_.empty()) return false;
+    bool asking = false;
+    for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>()) asking = asking || tool->unsavedChanges().asking();
+    if (!asking) asked_ = false;
+    return true;
+  }
+
+private:
+  bool asked_ = false;
+};
+
+Quitting& quitting() {
+  static Quitting q;
+  return q;
+}
+
 // Turns one SDL event into host events; false when the window is to close.
 bool translate(const SDL_Event& e) {
   Event h;
   h.time = msecsNow();
   switch (e.type) {
   case SDL_QUIT:
-    return false;
+    quitting().request();
+    break;
   case SDL_MOUSEBUTTONDOWN:
   case SDL_MOUSEBUTTONUP:
     h.type = e.type == SDL_MOUSEBUTTONDOWN ? Event::mouseDown : Event::mouseUp;
@@ -155,6 +194,10 @@ bool runWindowLoop(std::string& why) {
     why = "no display";
     return false;
   }
+  // SDL would turn these into a close of the window, which may ask.
+  SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
+  std::signal(SIGTERM, onTerminate);
+  std::signal(SIGINT, onTerminate);
   Window window;
   if (!window.open(why)) return false;
   GlobManager::drawAll();
@@ -173,6 +216,7 @@ bool runWindowLoop(std::string& why) {
       nextTick = msecsNow() + GlobManager::tickMilliseconds;
     }
     GlobManager::update();
+    running = running && quitting().keepOpen() && !terminated;
     if (!GlobManager::surface().takeModifiedAreas().empty()) window.present();
   }
   return true;

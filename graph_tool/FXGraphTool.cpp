@@ -11,6 +11,8 @@
 #include <cstdlib>
 
 #include "graph_tool/GraphItemCommands.h"
+#include "graph_tool/PanelStatus.h"
+#include "graph_tool/UnsavedChanges.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
 #include "host/edit/CelEventPair.h"
@@ -163,6 +165,7 @@ void FXGraphTool::init() {
   addStandardWidgets(titleWidget | closeWidget);
   setMinSize(470, 290);
   allPanels_.append(this);
+  unsaved_ = std::make_unique<UnsavedChanges>([this] { return getVob(); }, getPalette());
 }
 
 void FXGraphTool::postInit() {
@@ -195,6 +198,8 @@ void FXGraphTool::postInit() {
   addChild(redoButton_, BottomRight(borderSize(), borderSize()));
   undoButton_ = new ImageButton(getIconPath("undo.png"), "undoBtn", row());
   addChild(undoButton_, LeftOf(gap(), redoButton_));
+  status_ = new PanelStatus([this] { return getVob(); }, {statusWidth(), row()});
+  addChild(status_, RightOf(gap(), orientationMenu_));
 
   // The title text sits beside the templates button.
   if (Glob* title = getTitleWidget(0)) {
@@ -236,8 +241,17 @@ XY<int> FXGraphTool::calcMainViewSize() const {
   return {static_cast<uint16_t>(w), static_cast<uint16_t>(std::abs(area.y1 - area.y0))};
 }
 
+int FXGraphTool::statusWidth() const {
+  // What the bottom row leaves between the orientation menu and undo.
+  if (!orientationMenu_ || !undoButton_) return 1;
+  const int used = borderSize() + autoPosCheckbox_->width() + tidyButton_->width() + orientationMenu_->width() +
+                   undoButton_->width() + redoButton_->width() + 5 * gap() + borderSize();
+  return std::max(1, width() - used);
+}
+
 void FXGraphTool::resize(double w, double h) {
   StandardPanel::resize(w, h);
+  if (status_) status_->resize(statusWidth(), row());
   if (view_) {
     const XY<int> size = calcMainViewSize();
     view_->resize(size.x, size.y);
@@ -317,7 +331,12 @@ bool FXGraphTool::handleMessageEvent(const LightweightString<char>& msg, Glob* s
     if (getVob()) getVob()->redoRequest();
     return true;
   }
-  // The frame's own close button is the host panel's business.
+  // The frame's own close button: closed as the host closes panels, once
+  // nothing unsaved would be lost.
+  if (sender && sender == getTitleWidget(1) && msg == "close") {
+    requestClose();
+    return true;
+  }
   if (sender && sender == getTitleWidget(1)) return StandardPanel::handleMessageEvent(msg, sender);
   return false;
 }
@@ -341,7 +360,10 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
   if (view_ && view_->handleKeyEvent(e)) return true;
   if (e.modifiers & Event::controlHeld) {
     if (!getVob()) return false;
-    if (e.key == 'z')
+    if (e.key == 's') {
+      if (unsaved_->save() && status_) status_->refresh();
+    }
+    else if (e.key == 'z')
       getVob()->undoRequest();
     else if (e.key == 'y')
       getVob()->redoRequest();
@@ -357,6 +379,7 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
 bool FXGraphTool::handleTimerEvent(const Event& e) { return view_ && view_->handleTimerEvent(e); }
 
 void FXGraphTool::handleModifications(const EditModifications& mods, const VobModification& vobMod) {
+  if (status_) status_->refresh();
   if (mods.includes(EditModification::name) || (vobMod.flags & VobModification::editReplaced)) {
     if (updateTitleStr()) {
       Glib::UpdateDeferrer deferrer;
@@ -365,6 +388,16 @@ void FXGraphTool::handleModifications(const EditModifications& mods, const VobMo
     }
   }
   VobClient::handleModifications(mods, vobMod);
+}
+
+bool FXGraphTool::requestClose() {
+  return unsaved_->closeWhenSafe([this] {
+    Glob* closeBox = getTitleWidget(1);
+    if (closeBox)
+      StandardPanel::handleMessageEvent("close", closeBox);
+    else
+      GlobManager::requestDeletion(getRootParent());
+  });
 }
 
 void FXGraphTool::setAutoPosition(bool on) {

@@ -18,10 +18,14 @@
 #include "host/edit/Vob.h"
 #include "host/ui/StandardPanel.h"
 
+#include <memory>
+
 class Checkbox;
 class DropDownMenuButton;
 class ImageButton;
+class PanelStatus;
 class PushButton;
+class UnsavedChanges;
 
 class GRPHTOOL_API FXGraphTool : public StandardPanel, public VobClient, public DLListRec, public ViewHost {
 public:
@@ -64,7 +68,12 @@ public:
   DropDownMenuButton* orientationMenu() const noexcept { return orientationMenu_; }
   Checkbox* autoPosCheckbox() const noexcept { return autoPosCheckbox_; }
   ImageButton* toggleTemplatesButton() const noexcept { return toggleTemplatesButton_; }
+  PanelStatus* status() const noexcept { return status_; }
+  UnsavedChanges& unsavedChanges() const noexcept { return *unsaved_; }
   bool isDocked() const noexcept { return isChildGlob(); }
+  // Closing asked for (the close box, the window's): closes now when
+  // nothing would be lost, else asks first. True while it asks.
+  bool requestClose();
 
   PixelBox getUserArea() const override;
   XY<int> calcMainViewSize() const;
@@ -109,6 +118,7 @@ private:
   void initTemplatesListUI();
   void toggleTemplates();
   int templatesListWidth() const;
+  int statusWidth() const;
 
   FXGraphView* view_ = nullptr;
   DDVideoEffectsList* templatesList_ = nullptr;
@@ -118,6 +128,8 @@ private:
   DropDownMenuButton* orientationMenu_ = nullptr;
   Checkbox* autoPosCheckbox_ = nullptr;
   ImageButton* toggleTemplatesButton_ = nullptr;
+  PanelStatus* status_ = nullptr;
+  std::unique_ptr<UnsavedChanges> unsaved_;
   bool templatesVisible_ = true;
 
   static double initialZoom_;

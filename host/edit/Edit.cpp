@@ -197,12 +197,16 @@ void Edit::makeBackup(std::shared_ptr<const UndoExtra> extra) {
     if (object)
       if (auto state = object->undoState()) parts.push_back(std::move(state));
   undo_.push_back(takeSnapshot());
+  undo_.back().dirty = dirty_;
   if (parts.size() == 1)
     undo_.back().extra = std::move(parts.front());
   else if (!parts.empty())
     undo_.back().extra = std::make_shared<UndoExtras>(std::move(parts));
   if (undo_.size() > historyLimit) undo_.erase(undo_.begin());
   redo_.clear();
+  // A step is made for a change: positions changed by hand count as much
+  // as the edit's own (they are saved with it).
+  dirty_ = true;
 }
 
 bool Edit::undo() {
@@ -218,8 +222,11 @@ bool Edit::undo() {
 }
 
 bool Edit::withdrawLastStep() {
-  if (!undo()) return false;
+  if (undo_.empty()) return false;
+  const bool wasDirty = undo_.back().dirty;
+  undo();
   redo_.pop_back();
+  dirty_ = wasDirty;
   return true;
 }
 

@@ -149,6 +149,7 @@ private:
     std::vector<EditChannel> channels;
     std::vector<Ux::Ptr<FXGraphNodeBase>> nodes;
     std::shared_ptr<const UndoExtra> extra;
+    bool dirty = false; // whether the edit had unsaved changes when the step began
   };
   Snapshot takeSnapshot() const;
   void restore(const Snapshot& s);

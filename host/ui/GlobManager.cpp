@@ -21,6 +21,7 @@ struct Screen {
   Glob* captured = nullptr;
   Glob* focus = nullptr;
   Glob* popup = nullptr;
+  Glob* modal = nullptr;
   bool swallowRelease = false; // the press closed the pop-up; its release goes nowhere
   Ux::Ptr<DragDropItem> dragged;
   Glob* dragHover = nullptr; // the destination the item is over
@@ -206,6 +207,13 @@ bool GlobManager::dispatch(Event e) {
       e.sinceDown = e.screen - screen->pressAt;
       return screen->captured->handleMouseEvent(localTo(screen->captured, e));
     }
+    if (screen->modal && !screen->modal->containsScreenPoint(e.screen)) {
+      // The rest of the screen waits for the answer.
+      screen->pressed = e.button;
+      screen->captured = nullptr;
+      screen->swallowRelease = true;
+      return true;
+    }
     if (screen->popup && !screen->popup->containsScreenPoint(e.screen)) {
       GlobManager::setPopup(nullptr);
       screen->pressed = e.button;
@@ -267,7 +275,10 @@ bool GlobManager::dispatch(Event e) {
       // Keys go to the popup, else to whoever took the last press, else to
       // what is under the mouse, else to the topmost panel: the window has
       // the keyboard even when the mouse is elsewhere.
-      Glob* to = screen->popup ? screen->popup : screen->focus ? screen->focus : globAt(screen->mouse);
+      Glob* to = screen->modal   ? screen->modal
+                 : screen->popup ? screen->popup
+                 : screen->focus ? screen->focus
+                                 : globAt(screen->mouse);
       if (!to && !screen->roots.empty()) to = screen->roots.back();
       taker = offer(to, e);
     }
@@ -310,6 +321,12 @@ void GlobManager::setPopup(Glob* root) {
 }
 
 Glob* GlobManager::popup() { return screen ? screen->popup : nullptr; }
+
+void GlobManager::setModal(Glob* root) {
+  if (screen) screen->modal = root;
+}
+
+Glob* GlobManager::modal() { return screen ? screen->modal : nullptr; }
 
 void GlobManager::addTimerInterest(Glob* glob) {
   if (std::find(screen->timed.begin(), screen->timed.end(), glob) == screen->timed.end()) screen->timed.push_back(glob);
@@ -403,6 +420,7 @@ void GlobManager::forget(Glob* glob) {
   if (screen->captured == glob) screen->captured = nullptr;
   if (screen->focus == glob) screen->focus = nullptr;
   if (screen->popup == glob) screen->popup = nullptr;
+  if (screen->modal == glob) screen->modal = nullptr;
   if (screen->dragHover == glob) screen->dragHover = nullptr;
   std::erase(screen->timed, glob);
   std::erase(screen->roots, glob);

@@ -77,6 +77,10 @@ public:
   // goes no further, and keys go to it first. A new pop-up closes the old.
   static void setPopup(Glob* root);
   static Glob* popup();
+  // A modal root (a question): while it is up, keys go to it and presses
+  // elsewhere go nowhere. Null ends it; so does its deletion.
+  static void setModal(Glob* root);
+  static Glob* modal();
 
   // Timers: globs holding the interest get a tick on each call of tick().
   static void addTimerInterest(Glob* glob);
