@@ -130,6 +130,7 @@ bool Session::open(const std::string& path, std::optional<double> time, const st
   // Records the tool made for the nodes as it first laid them out are no
   // change of the user's: the edit opens with nothing to save.
   edit_->setDirty(false);
+  refreshStatus();
   return true;
 }
 
@@ -314,10 +315,15 @@ bool Session::save(std::string& why) {
     return false;
   }
   if (!EditFile::save(edit_, path_, why)) return false;
-  // The panels say the changes are saved.
+  refreshStatus();
+  return true;
+}
+
+void Session::refreshStatus() const {
+  // Saving is no change of the edit: the panels are told that nothing is
+  // left unsaved.
   for (FXGraphTool* p : FXGraphTool::allPanels_.as<FXGraphTool>())
     if (p->status()) p->status()->refresh();
-  return true;
 }
 
 } // namespace fxgraph

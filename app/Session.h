@@ -78,6 +78,7 @@ public:
   std::optional<LastMessage> lastMessage;
 
 private:
+  void refreshStatus() const;
   // One glob of the layout file as the session found it, and the panel it
   // restored from it (null: not restored, so written back as it was).
   struct LayoutSlot {

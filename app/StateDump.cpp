@@ -1,5 +1,6 @@
 #include "app/StateDump.h"
 
+#include "graph_tool/PanelStatus.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/Navigator.h"
 #include "graph_view/SearchToAdd.h"
@@ -126,6 +127,8 @@ json panelJson(const FXGraphTool& panel) {
           {"tidyActive", panel.tidyButton() && panel.tidyButton()->isActive()},
           {"orientationEntry", panel.orientationMenu() ? panel.orientationMenu()->getSelectedIndex() : 0},
           {"docked", panel.isDocked()},
+          {"unsaved", panel.status() && panel.status()->unsaved()},
+          {"timecode", panel.status() ? toUTF8(panel.status()->text()).str().substr(0, 11) : std::string()},
           {"widgets", widgets},
           {"templates", templates}};
 }
@@ -245,7 +248,7 @@ json dumpState(const Session& session) {
   doc["highlighted"] = highlighted;
   Glob::PixelBox navigator, framed;
   doc["navigator"] = view->navigator().geometry(navigator, framed)
-                         ? json{{"pixels", box(navigator)}, {"window", box(framed)}}
+                         ? json{{"pixels", box(navigator)}, {"window", box(framed)}, {"nodes", view->navigator().nodeBoxes()}}
                          : json(nullptr);
   if (const SearchToAdd::Search* search = view->searchField().search()) {
     json results = json::array();

@@ -33,9 +33,11 @@ bool Navigator::map(Map& out) const {
   if (g.x0 >= visible.x0 && g.x1 <= visible.x1 && g.y0 >= visible.y0 && g.y1 <= visible.y1) return false;
   // The graph with half a window round it: the frame shows whole wherever
   // the navigator puts the view, and the miniature keeps still while the
-  // view moves.
+  // view moves. A view centred off the graph widens it, so that its frame
+  // never leaves the box.
   const double halfW = (visible.x1 - visible.x0) / 2, halfH = (visible.y1 - visible.y0) / 2;
-  out.graph = {g.x0 - halfW, g.y0 - halfH, g.x1 + halfW, g.y1 + halfH};
+  out.graph = {std::min(g.x0 - halfW, visible.x0), std::min(g.y0 - halfH, visible.y0),
+               std::max(g.x1 + halfW, visible.x1), std::max(g.y1 + halfH, visible.y1)};
   const double gw = std::max(out.graph.x1 - out.graph.x0, 1e-9), gh = std::max(out.graph.y1 - out.graph.y0, 1e-9);
   const int roomW = std::min(maxWidth, (w.x1 - w.x0) / 3), roomH = std::min(maxHeight, (w.y1 - w.y0) / 3);
   if (roomW < 24 || roomH < 24) return false; // no room for it
@@ -57,8 +59,15 @@ bool Navigator::geometry(PixelBox& box, PixelBox& window) const {
   const XY<int> a = toPixel(view_.viewToGraphSpace(XY<double>(w.x0, w.y0))),
                 b = toPixel(view_.viewToGraphSpace(XY<double>(w.x1, w.y1)));
   box = m.box;
-  window = {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
+  // Inside the box, rounding or not.
+  window = {std::max(std::min(a.x, b.x), box.x0), std::max(std::min(a.y, b.y), box.y0),
+            std::min(std::max(a.x, b.x), box.x1), std::min(std::max(a.y, b.y), box.y1)};
   return true;
+}
+
+int Navigator::nodeBoxes() const {
+  Map m;
+  return map(m) ? drawnBoxes_ : 0;
 }
 
 bool Navigator::contains(XY<int> point) const {
@@ -81,16 +90,18 @@ void Navigator::draw() {
   Map m;
   PixelBox box, window;
   if (!map(m) || !geometry(box, window) || !view_.drawArea(box)) return;
+  drawnBoxes_ = 0;
   CanvasRenderer r = view_.canvas().renderer();
   r.renderPrimitive(Glib::RectDescription{box, fromColour(Colour(0.12, 0.13, 0.15, 0.85))});
-  // Each node a small block in its colour; every one at least a pixel.
+  // Each node a small block in its colour, whether or not the view has
+  // drawn it; every one at least a pixel.
   for (const auto& n : view_.nodes()) {
-    if (!n->isVisibleFlag()) continue;
     const int x0 = box.x0 + inset + static_cast<int>((n->getL() - m.graph.x0) * m.scale);
     const int y0 = box.y0 + inset + static_cast<int>((n->getB() - m.graph.y0) * m.scale);
     const int x1 = std::max(x0 + 1, box.x0 + inset + static_cast<int>((n->getR() - m.graph.x0) * m.scale));
     const int y1 = std::max(y0 + 1, box.y0 + inset + static_cast<int>((n->getT() - m.graph.y0) * m.scale));
     r.renderPrimitive(Glib::RectDescription{PixelBox{x0, y0, x1, y1}, fromColour(n->getMainCol())});
+    ++drawnBoxes_;
   }
   r.renderPrimitive(Glib::FrameDescription{window, fromColour(Colour(1.0, 0.85, 0.3)), 1});
   r.renderPrimitive(Glib::FrameDescription{box, fromColour(view_.getPalette().window(5)), 1});

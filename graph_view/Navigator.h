@@ -18,6 +18,8 @@ public:
   // Where it is drawn and where the visible window lies in it (view
   // pixels); false while hidden.
   bool geometry(PixelBox& box, PixelBox& window) const;
+  // How many node boxes it drew last (every node of the view); 0 while hidden.
+  int nodeBoxes() const;
   // Whether the point is on it (view pixels).
   bool contains(XY<int> point) const;
   // Moves the view so that the point of the miniature is at its centre.
@@ -35,4 +37,5 @@ private:
   bool map(Map& out) const;
 
   bool on_ = true;
+  int drawnBoxes_ = 0;
 };
