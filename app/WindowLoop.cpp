@@ -8,6 +8,7 @@
 
 #include "graph_tool/FXGraphTool.h"
 #include "graph_tool/UnsavedChanges.h"
+#include "graph_view/Framing.h"
 #include "host/edit/Vob.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
@@ -91,6 +92,19 @@ Quitting& quitting() {
   return q;
 }
 
+// The tool fills the program's window, as a tool docked in an editor fills
+// its place: the panel follows the window's size.
+void fillWindow() {
+  const XY<int> size = GlobManager::screenSize();
+  for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>()) {
+    if (tool->isDocked()) continue;
+    tool->setPos(0, 0);
+    tool->resize(size.x, size.y);
+    tool->updateCanvas();
+  }
+  GlobManager::invalidate();
+}
+
 // Turns one SDL event into host events; false when the window is to close.
 bool translate(const SDL_Event& e) {
   Event h;
@@ -131,8 +145,10 @@ bool translate(const SDL_Event& e) {
     if (!GlobManager::dispatch(h) && e.type == SDL_KEYDOWN) moveTime(e.key.keysym.sym);
     break;
   case SDL_WINDOWEVENT:
-    if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED)
+    if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) {
       GlobManager::resizeScreen(e.window.data1, e.window.data2);
+      fillWindow();
+    }
     else if (e.window.event == SDL_WINDOWEVENT_EXPOSED)
       GlobManager::invalidate();
     break;
@@ -200,6 +216,10 @@ bool runWindowLoop(std::string& why) {
   std::signal(SIGINT, onTerminate);
   Window window;
   if (!window.open(why)) return false;
+  fillWindow();
+  // The graph in the middle of the grown view.
+  for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>())
+    if (tool->getView()) Framing::frame(*tool->getView(), Framing::Zoom::kept);
   GlobManager::drawAll();
   uint64_t nextTick = msecsNow() + GlobManager::tickMilliseconds;
   for (bool running = true; running && !GlobManager::roots().empty();) {

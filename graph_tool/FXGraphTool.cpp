@@ -13,6 +13,7 @@
 #include "graph_tool/GraphItemCommands.h"
 #include "graph_tool/PanelStatus.h"
 #include "graph_tool/UnsavedChanges.h"
+#include "graph_view/Framing.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
 #include "host/edit/CelEventPair.h"
@@ -127,10 +128,14 @@ XY<int> FXGraphTool::getNodeSize(Glob* glob) {
 
 FXGraphTool::FXGraphTool(const InitArgs& args) : StandardPanel(args), VobClient(args.vob, 2, 0) {
   [[maybe_unused]] Glib::StateSaver saver;
+  const bool zoomKept = prefs().hasPreference(zoomKey);
   initialZoom_ = prefs().getPreference(zoomKey, defaultZoom);
   initialZoomSet = true;
   init();
   postInit();
+  // A panel opens on the whole graph, clear of the preview: fitted when
+  // there is no zoom of the user's to go back to, else at that zoom.
+  if (view_) Framing::frame(*view_, zoomKept ? Framing::Zoom::kept : Framing::Zoom::fit);
 }
 
 FXGraphTool::FXGraphTool(const configb& config, double width, double height)
@@ -145,6 +150,8 @@ FXGraphTool::FXGraphTool(const configb& config, double width, double height)
   init();
   load(config);
   postInit();
+  // At the zoom the layout kept, on the whole graph, clear of the preview.
+  if (view_) Framing::frame(*view_, Framing::Zoom::kept);
 }
 
 FXGraphTool::~FXGraphTool() {

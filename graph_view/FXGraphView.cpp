@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "graph_view/Arrangement.h"
+#include "graph_view/Framing.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/KeyboardFocus.h"
 #include "graph_view/Navigator.h"
@@ -247,6 +248,10 @@ bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glo
     navigator_->setOn(!navigator_->on());
     return true;
   }
+  if (change->tag == "preview") {
+    stills_->setOn(!stills_->on());
+    return true;
+  }
   if (change->tag != "orientation") return false;
   NotifyMsg m;
   m.object = Ux::Ptr<iObject>(const_cast<MenuData::Change*>(change));
@@ -271,6 +276,9 @@ MenuItems FXGraphView::getMenuItems(const Event* e) {
   MenuItem navigator(resourceStrW(13054), {}, "navigator");
   navigator.checked = navigator_->on();
   items.push_back(navigator);
+  MenuItem preview(resourceStrW(13056), {}, "preview");
+  preview.checked = stills_->on();
+  items.push_back(preview);
   if (!e) return items;
   // The graph-item commands of the node under the mouse.
   const XY<int> at = e->screen - screenPos();
@@ -295,7 +303,12 @@ bool FXGraphView::insertTemplateAbove(const EffectTemplateSummary& t, const IdSt
   return drops_->insertAbove(t, node);
 }
 
-void FXGraphView::arrange() { Arrangement::apply(*this); }
+void FXGraphView::arrange() {
+  const Framing::Anchor anchor = Framing::hold(*this);
+  Arrangement::apply(*this);
+  Framing::restore(*this, anchor);
+  redraw();
+}
 
 const IdStamp& FXGraphView::keyboardFocus() const noexcept { return keyboard_->focus(); }
 

@@ -301,6 +301,7 @@ public:
 private:
   friend class FXGraphViewNode;
   friend class Arrangement;
+  friend class Framing;
   friend class SearchToAdd;
   friend class KeyboardFocus;
   friend class TimerHold;

@@ -84,6 +84,8 @@ void FXGraphView::drawBackground() {
   // A graph whose structure range lies wholly outside the edit is not drawn.
   if (structure_[0] != 1e99 && edit_ && !(edit_->getEndTime() > structure_[0] && structure_[1] > edit_->getStartTime()))
     return;
+  // The preview first: the graph goes over it, never under.
+  stills_->draw();
   drawPrimaryNodeHighlight();
   drawConnections(eHighlightEdge);
   drawNodes();
@@ -92,7 +94,6 @@ void FXGraphView::drawBackground() {
   hints_->draw();
   keyboard_->draw();
   drawDraggedConnection();
-  stills_->draw();
   navigator_->draw();
   hints_->drawTooltip();
   search_->draw();

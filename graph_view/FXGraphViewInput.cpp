@@ -25,6 +25,8 @@
 #include <string>
 
 #include "graph_view/FXGraphView.h"
+#include "graph_view/Framing.h"
+#include "graph_view/ViewStills.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/KeyboardFocus.h"
 #include "graph_view/Navigator.h"
@@ -186,13 +188,18 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   if (searchField().key(e)) return true;
   if (e.key == Event::keyEscape && interaction_.kind == Interaction::holdingWire) return putBackHeldWire();
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
-  const bool commandLetter = e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n';
+  const bool commandLetter =
+      e.key == 'f' || e.key == 'F' || e.key == 'p' || e.key == 'l' || e.key == 'n' || e.key == 'v';
   if (e.key == 'l') {
     if (!(getVob() && getVob()->isReadOnly())) arrange();
     return true;
   }
   if (e.key == 'n') {
     navigator_->setOn(!navigator_->on());
+    return true;
+  }
+  if (e.key == 'v') {
+    stills_->setOn(!stills_->on());
     return true;
   }
   // Tab, or a letter or digit that is no command, starts a search to add.
@@ -202,7 +209,7 @@ bool FXGraphView::handleKeyEvent(const Event& e) {
   }
   if (e.key == 'f' || e.key == 'F') {
     if (!shift && e.key == 'f') {
-      resetView(0, 0);
+      Framing::frame(*this);
       return true;
     }
     // The node under the mouse, else the one with focus, to the middle.

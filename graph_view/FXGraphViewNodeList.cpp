@@ -8,6 +8,7 @@
 
 #include "graph_nodes/FXGraphViewNodeKinds.h"
 #include "graph_view/FXGraphView.h"
+#include "graph_view/Framing.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/NodeFades.h"
 #include "host/edit/EditGraphWalk.h"
@@ -420,8 +421,11 @@ void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double>
 void FXGraphView::tidy() {
   // Tidy asked for is one undo step: the hand placings it replaces come back.
   if (edit_ && !nodes_.empty()) edit_->makeBackup();
+  // The node the person looks at stays where it is on the screen.
+  const Framing::Anchor anchor = Framing::hold(*this);
   autoTidy();
   keepCanvasAroundGraph();
+  Framing::restore(*this, anchor);
   updateScrollbars(true);
   redraw();
 }

@@ -6,11 +6,40 @@
 #include <unordered_set>
 
 #include "graph_view/FXGraphView.h"
+#include "host/config/EditorPreferences.h"
 #include "host/render/StillsCache.h"
 #include "host/render/StillsQueue.h"
 #include "host/render/VidRenderUtils.h"
 
+ViewStills::ViewStills(FXGraphView& view) : ViewPart(view), on_(prefs().getPreference(preference, true)) {}
+
 ViewStills::~ViewStills() { forget(); }
+
+void ViewStills::setOn(bool on) {
+  if (on == on_) return;
+  on_ = on;
+  prefs().setPreference(preference, on);
+  view_.redraw();
+}
+
+bool ViewStills::previewPlace(PixelBox& box) const {
+  const auto w = view_.getWindowPos();
+  if (!on_ || w.x1 - w.x0 < 360 || w.y1 - w.y0 < 240 || !view_.getEdit()) return false;
+  // However large the view, the preview stays a picture the stills cache
+  // keeps: one it could not keep would be asked for again at every frame.
+  const int pw = std::min((w.x1 - w.x0) / 5, 1920), ph = pw * 9 / 16;
+  box = {w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
+  return true;
+}
+
+ViewStills::PixelBox ViewStills::freeArea() const {
+  const auto w = view_.getWindowPos();
+  PixelBox free{w.x0, w.y0, w.x1, w.y1};
+  PixelBox preview;
+  // The band the preview heads: what is framed lies below it.
+  if (previewPlace(preview)) free.y1 = std::max(free.y0 + 1, preview.y0 - 6);
+  return free;
+}
 
 void ViewStills::forget() {
   if (!timer_) return;
@@ -19,16 +48,13 @@ void ViewStills::forget() {
 }
 
 void ViewStills::draw() {
-  const auto w = view_.getWindowPos();
-  if (w.x1 - w.x0 < 360 || w.y1 - w.y0 < 240 || !view_.getEdit()) return;
+  PixelBox box;
+  if (!previewPlace(box)) return;
   Ux::Ptr<FXGraphViewNode> primary;
   for (const auto& n : view_.nodes())
     if (n->isPrimary()) primary = n;
   if (!primary) return;
-  // However large the view, the preview stays a picture the stills cache
-  // keeps: one it could not keep would be asked for again at every frame.
-  const int pw = std::min((w.x1 - w.x0) / 5, 1920), ph = pw * 9 / 16;
-  const PixelBox box{w.x1 - pw - 6, w.y1 - ph - 6, w.x1 - 6, w.y1 - 6};
+  const int pw = box.x1 - box.x0, ph = box.y1 - box.y0;
   previewBox_ = box;
   if (!view_.drawArea(box)) return;
   EditGraphIterator at = view_.getIteratorFor(primary->getNodeID(), EditGraphIterator::atNode);
@@ -86,15 +112,8 @@ void ViewStills::take() {
     else
       nodes.insert(f.node);
   }
-  if (preview) {
-    // The preview lies over everything else: it alone is drawn again.
-    const auto w = view_.getWindowPos();
-    const ViewStills::PixelBox held = view_.canvas().getClipRect();
-    view_.canvas().setClipRect({std::max(previewBox_.x0 - 2, w.x0), std::max(previewBox_.y0 - 2, w.y0),
-                                std::min(previewBox_.x1 + 2, w.x1), std::min(previewBox_.y1 + 2, w.y1)});
-    draw();
-    view_.canvas().setClipRect(held);
-  }
+  // The preview lies under the graph: its area is drawn again whole.
+  if (preview) view_.redrawArea({previewBox_.x0 - 2, previewBox_.y0 - 2, previewBox_.x1 + 2, previewBox_.y1 + 2});
   // Only what shows the new thumbnails is drawn again; many at once, in one go.
   std::vector<PixelBox> areas;
   for (const auto& n : view_.nodes())

@@ -6,7 +6,9 @@
 #include "host/draw/UxImage.h"
 
 // The view's stills: the preview of the picture the graph makes (the
-// primary node's still) in the view's top-right corner, and the making of
+// primary node's still) in the view's top-right corner, under the graph so
+// that it never hides a node (key "v" and the context menu show and hide it,
+// a preference), and the making of
 // stills for it and for the nodes' thumbnails. Stills are made in the
 // background: a node shows the picture it showed before, or a placeholder,
 // until its still is ready, and then only that node is drawn again. With
@@ -15,8 +17,17 @@ class GRPHTOOL_API ViewStills : public ViewPart {
 public:
   using PixelBox = Ux::Box<int, Ux::BottomUpTraits>;
 
-  explicit ViewStills(FXGraphView& view) : ViewPart(view) {}
+  static constexpr const char* preference = "Graph View : Preview";
+
+  explicit ViewStills(FXGraphView& view);
   ~ViewStills() override;
+
+  void setOn(bool on);
+  bool on() const noexcept { return on_; }
+  // Where the preview goes (view pixels); false while it is hidden.
+  bool previewPlace(PixelBox& box) const;
+  // The part of the view below the preview's band: where a framed graph goes.
+  PixelBox freeArea() const;
 
   void setInBackground(bool on) noexcept { inBackground_ = on; }
   bool inBackground() const noexcept { return inBackground_; }
@@ -37,6 +48,7 @@ public:
   void draw() override;
 
 private:
+  bool on_ = true;
   bool inBackground_ = true;
   TimerHold timer_; // the timer runs while stills are under way
   PixelBox previewBox_;

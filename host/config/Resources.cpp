@@ -65,6 +65,7 @@ constexpr Entry table[] = {
     {13053, L"Routing..."},
     {13054, L"Navigator"},
     {13055, L"Arrange"},
+    {13056, L"Preview"},
 };
 static_assert(std::is_sorted(std::begin(table), std::end(table),
                              [](const Entry& a, const Entry& b) { return a.id < b.id; }));

@@ -117,8 +117,14 @@ TEST(RenderScript, WheelZoomsAndDraggingEmptyCanvasPans) {
   const json& w = start["view"]["window"];
   const int midX = (w[0].get<int>() + w[2].get<int>()) / 2, midY = (w[1].get<int>() + w[3].get<int>()) / 2;
   const std::string middle = std::to_string(midX) + " " + std::to_string(midY);
-  const json zoomed = r.run("move " + middle + "\nwheel -2\n");
-  EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), start["view"]["zoom"].get<double>() - 0.2, 1e-12);
+  // In three steps and out two, from where the run began (a run starts at
+  // the zoom the last one left).
+  const std::string before = r.folder.path("before.json"), in = r.folder.path("in.json");
+  const json zoomed =
+      r.run("move " + middle + "\ndump " + before + "\nwheel 3\ndump " + in + "\nwheel -2\n");
+  const double z0 = readJson(before)["view"]["zoom"], z1 = readJson(in)["view"]["zoom"];
+  EXPECT_NEAR(z1, std::min(1.0, z0 + 0.3), 1e-12);
+  EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), z1 - 0.2, 1e-12);
 
   // Zoomed right out the graph is small and the corners are empty canvas: a
   // press there pans, and the graph follows the mouse.
@@ -153,11 +159,11 @@ TEST(RenderScript, PictureShowsWhatTheDumpSays) {
     EXPECT_NEAR(got.g, want[1].get<double>(), 0.02) << what;
     EXPECT_NEAR(got.b, want[2].get<double>(), 0.02) << what;
   };
-  // A node well inside the view area, off its title text: a quarter of the
-  // way across the bar.
+  // A node well inside the view area, off its title text: a sixteenth of
+  // the way across the bar (the framed graph's boxes are small).
   const json& broll = *node(dump, "3.0.2");
   json bar = broll["titleBar"]["pixels"];
-  bar[2] = bar[0].get<int>() + (bar[2].get<int>() - bar[0].get<int>()) / 4;
+  bar[2] = bar[0].get<int>() + (bar[2].get<int>() - bar[0].get<int>()) / 8;
   expectColour(colourAt(bar), broll["titleBar"]["colour"], "title bar");
   const json& matte = *node(dump, "3.0.5");
   expectColour(colourAt(matte["thumbnail"]["pixels"]), matte["thumbnail"]["colour"], "matte thumbnail");

@@ -113,8 +113,9 @@ TEST_F(GraphTool, ChildrenSizesAndTheStoredPlace) {
   EXPECT_EQ(panel->getTemplatesList()->width(), 286);
   EXPECT_EQ(panel->calcMainViewSize(), XY<int>(494, 490));
   EXPECT_EQ(XY<int>(panel->getView()->width(), panel->getView()->height()), panel->calcMainViewSize());
-  // At the view's largest scale a node is an eighth of a unit (129 pixels)
-  // high and a quarter wider.
+  // At the default zoom (0.75; the first view frames the graph) a node is
+  // an eighth of a unit (129 pixels) high and a quarter wider.
+  panel->getView()->setViewZoom(0.75);
   EXPECT_EQ(FXGraphTool::getNodeSize(panel), XY<int>(161, 129));
   EXPECT_EQ(FXGraphTool::getNodeSize(panel->getView()), XY<int>(0, 0));
 
