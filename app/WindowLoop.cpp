@@ -1,8 +1,13 @@
 #include "app/WindowLoop.h"
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <thread>
 
 #include <SDL.h>
 
@@ -61,6 +66,37 @@ void moveTime(SDL_Keycode key) {
 // answer: the program ends as on exit, without asking.
 volatile std::sig_atomic_t terminated = 0;
 extern "C" void onTerminate(int) { terminated = 1; }
+
+// A window system that neither opens the window nor says why (a session
+// half set up) would leave the program sitting with nothing on the screen:
+// if the window has not shown within the time, the program says so and ends.
+class StartWatch {
+public:
+  explicit StartWatch(std::chrono::seconds limit)
+      : thread_([this, limit] {
+          std::unique_lock lock(mutex_);
+          if (!shown_.wait_for(lock, limit, [this] { return done_; })) {
+            std::fprintf(stderr, "fxgraph: the window did not come up within %d s; is the display usable?\n",
+                         static_cast<int>(limit.count()));
+            std::_Exit(1);
+          }
+        }) {}
+  ~StartWatch() { done(); }
+  void done() {
+    {
+      std::lock_guard lock(mutex_);
+      done_ = true;
+    }
+    shown_.notify_all();
+    if (thread_.joinable()) thread_.join();
+  }
+
+private:
+  std::mutex mutex_;
+  std::condition_variable shown_;
+  bool done_ = false;
+  std::thread thread_;
+};
 
 // The window's close asked for: every tool closes as its close box closes
 // it, asking first where changes are not saved. The window stays while a
@@ -214,6 +250,7 @@ bool runWindowLoop(std::string& why) {
   SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
   std::signal(SIGTERM, onTerminate);
   std::signal(SIGINT, onTerminate);
+  StartWatch watch(std::chrono::seconds(10));
   Window window;
   if (!window.open(why)) return false;
   fillWindow();
@@ -221,6 +258,9 @@ bool runWindowLoop(std::string& why) {
   for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>())
     if (tool->getView()) Framing::frame(*tool->getView(), Framing::Zoom::kept);
   GlobManager::drawAll();
+  GlobManager::surface().takeModifiedAreas();
+  window.present();
+  watch.done();
   uint64_t nextTick = msecsNow() + GlobManager::tickMilliseconds;
   for (bool running = true; running && !GlobManager::roots().empty();) {
     SDL_Event e;

@@ -448,6 +448,8 @@ void FXGraphTool::toggleTemplates() {
   resize(w, height());
   Drawable::enableRedraws();
   reshapeAndDraw(unsetPoint);
+  // What the panel covered before and no longer does shows again.
+  GlobManager::invalidate();
 }
 
 bool FXGraphTool::runItemCommand(const LightweightString<char>& message) {

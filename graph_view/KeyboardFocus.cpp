@@ -27,8 +27,21 @@ void KeyboardFocus::set(const IdStamp& id) {
 bool KeyboardFocus::key(const Event& e) {
   Ux::Ptr<FXGraphViewNode> focus = focus_.valid() ? view_.findViewRecForNode(focus_) : Ux::Ptr<FXGraphViewNode>();
   if (!focus) focus_ = IdStamp();
-  // Without a node in focus the keys are not the view's: the arrows step
-  // the editor's time.
+  // Without a node in focus, up or down takes the keyboard into the graph at
+  // the primary node; the other keys are not the view's (left and right step
+  // the editor's time).
+  if (!focus && (e.key == Event::arrowUp || e.key == Event::arrowDown)) {
+    for (const auto& n : view_.nodes())
+      if (n->isPrimary()) {
+        set(n->getNodeID());
+        Vector<IdStamp> ids;
+        ids.push_back(focus_);
+        view_.ensureNodeListVisible(ids, 1);
+        view_.updateScrollbars(true);
+        view_.redraw();
+        return true;
+      }
+  }
   if (!focus) return false;
   switch (e.key) {
   case Event::arrowLeft:

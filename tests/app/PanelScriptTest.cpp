@@ -126,6 +126,13 @@ TEST_F(PanelScript, ArrowsWalkTheGraphInBothOrientationsAndGoBackTheWayTheyCame)
     EXPECT_EQ(focus(), "2.0.1") << "the Dissolve it was reached from";
     run("key Escape");
     EXPECT_EQ(focus(), "none");
+    // No click needed: up or down takes the keyboard in at the primary node;
+    // left and right stay the editor's, stepping the time.
+    run("key Left");
+    EXPECT_EQ(focus(), "none");
+    run("key Down");
+    EXPECT_EQ(focus(), "2.0.1");
+    run("key Escape");
   }
 }
 

@@ -177,9 +177,16 @@ TEST_F(GraphTool, MessagesInTheirOrderWithTheirAnswers) {
 
   // The templates toggle acts, and says it did not.
   const int width = panel->width(), listWidth = panel->getTemplatesList()->width();
+  GlobManager::update();
   EXPECT_FALSE(panel->handleMessageEvent("ToggleTemplates", nullptr));
   EXPECT_FALSE(panel->getTemplatesList());
   EXPECT_EQ(panel->width(), width - listWidth - panel->borderSize());
+  // What the panel no longer covers shows the screen behind it again.
+  GlobManager::update();
+  const Ux::Ptr<UxImage> screen = GlobManager::surface().snapshot();
+  auto at = [&](int x, int y) { return screen->pixel(x, screen->height() - 1 - y); };
+  const int uncoveredX = panel->getX() + width - 10, midY = panel->getY() + panel->height() / 2;
+  EXPECT_EQ(at(uncoveredX, midY), at(2, 2)) << "no ghost of the old panel";
   EXPECT_FALSE(prefs().getPreference("Video Routing : Templates", true));
   EXPECT_EQ(view->width(), panel->calcMainViewSize().x);
   EXPECT_FALSE(panel->handleMessageEvent("ToggleTemplates", nullptr));
