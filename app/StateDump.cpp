@@ -4,6 +4,7 @@
 #include "graph_view/HoverHints.h"
 #include "graph_view/Navigator.h"
 #include "graph_view/SearchToAdd.h"
+#include "graph_view/ViewNotice.h"
 #include "host/edit/EffectInstance.h"
 #include "host/stream/StreamableTraits.h"
 #include "host/ui/Checkbox.h"
@@ -203,6 +204,7 @@ json dumpState(const Session& session) {
     doc["focus"] = nullptr;
     doc["highlighted"] = json::array();
     doc["navigator"] = nullptr;
+    doc["notice"] = nullptr;
     doc["search"] = nullptr;
     doc["undo"] = undo;
     return doc;
@@ -246,6 +248,8 @@ json dumpState(const Session& session) {
   json highlighted = json::array();
   for (const IdStamp& h : view->hints().highlighted()) highlighted.push_back(id(h));
   doc["highlighted"] = highlighted;
+  // Why the last thing asked for was not done, while the view says so.
+  doc["notice"] = view->notice().text().empty() ? json(nullptr) : json(toUTF8(view->notice().text()).str());
   Glob::PixelBox navigator, framed;
   doc["navigator"] = view->navigator().geometry(navigator, framed)
                          ? json{{"pixels", box(navigator)}, {"window", box(framed)}, {"nodes", view->navigator().nodeBoxes()}}

@@ -13,6 +13,7 @@
 #include "graph_view/NodeFades.h"
 #include "graph_view/SearchToAdd.h"
 #include "graph_view/TemplateDrops.h"
+#include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
 #include "host/config/Resources.h"
@@ -37,6 +38,7 @@ FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int sco
   search_ = std::make_unique<SearchToAdd>(*this);
   drops_ = std::make_unique<TemplateDrops>(*this);
   fades_ = std::make_unique<NodeFades>(*this);
+  notice_ = std::make_unique<ViewNotice>(*this);
   manageServer(&zoom_, &FXGraphView::judgeZoom);
   hScroll_ = new ScrollBar(ScrollBar::horizontal, 100);
   vScroll_ = new ScrollBar(ScrollBar::vertical, 100);
@@ -298,6 +300,8 @@ bool FXGraphView::canAcceptDrop(const DragDropItem& item, XY<int> position) {
 }
 
 bool FXGraphView::acceptDrop(const DragDropItem& item, XY<int> position) { return drops_->accept(item, position); }
+
+void FXGraphView::dragHover(const DragDropItem* item, XY<int> position) { drops_->hover(item, position); }
 
 bool FXGraphView::insertTemplateAbove(const EffectTemplateSummary& t, const IdStamp& node) {
   return drops_->insertAbove(t, node);

@@ -47,6 +47,7 @@ class Arrangement;
 class FXEditor;
 class HoverHints;
 class KeyboardFocus;
+class ViewNotice;
 class Navigator;
 class NodeFades;
 class ScrollBar;
@@ -258,6 +259,8 @@ public:
   const HoverHints& hints() const noexcept { return *hints_; }
   ViewStills& stills() noexcept { return *stills_; }
   const ViewStills& stills() const noexcept { return *stills_; }
+  ViewNotice& notice() noexcept { return *notice_; }
+  const ViewNotice& notice() const noexcept { return *notice_; }
   // The node with keyboard focus, or none.
   const IdStamp& keyboardFocus() const noexcept;
   // What the nodes ask of the stills (NodeView).
@@ -282,6 +285,7 @@ public:
   // Effect templates dropped on a node or a wire (TemplateDrops).
   bool canAcceptDrop(const DragDropItem& item, XY<int> position) override;
   bool acceptDrop(const DragDropItem& item, XY<int> position) override;
+  void dragHover(const DragDropItem* item, XY<int> position) override;
   LightweightString<char> idstring() const override { return "FXGraphView"; }
 
   // Judges of the managed values.
@@ -383,4 +387,5 @@ private:
   std::unique_ptr<SearchToAdd> search_;
   std::unique_ptr<TemplateDrops> drops_;
   std::unique_ptr<NodeFades> fades_;
+  std::unique_ptr<ViewNotice> notice_;
 };

@@ -11,6 +11,8 @@
 #include "graph_view/Navigator.h"
 #include "graph_view/NodeFades.h"
 #include "graph_view/SearchToAdd.h"
+#include "graph_view/TemplateDrops.h"
+#include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
 
 void FXGraphView::draw() {
@@ -93,10 +95,12 @@ void FXGraphView::drawBackground() {
   fades_->draw();
   hints_->draw();
   keyboard_->draw();
+  drops_->draw();
   drawDraggedConnection();
   navigator_->draw();
   hints_->drawTooltip();
   search_->draw();
+  notice_->draw();
 }
 
 void FXGraphView::drawConnections(eEdgeType type) {

@@ -26,6 +26,7 @@
 
 #include "graph_view/FXGraphView.h"
 #include "graph_view/Framing.h"
+#include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/KeyboardFocus.h"
@@ -60,6 +61,7 @@ void FXGraphView::endNavigating() {
 bool FXGraphView::handleMouseEvent(const Event& e) {
   mouse_ = e.position;
   hints_->mouse(e);
+  notice_->mouse(e);
   // A press elsewhere closes the search field, and goes on as a press.
   if (e.type == Event::mouseDown) search_->close();
   if (navigate(e)) return true;
@@ -185,6 +187,7 @@ void FXGraphView::dragMovedNode(const Event& e) {
 
 bool FXGraphView::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown || (e.modifiers & Event::controlHeld)) return false;
+  notice_->key(e);
   if (searchField().key(e)) return true;
   if (e.key == Event::keyEscape && interaction_.kind == Interaction::holdingWire) return putBackHeldWire();
   const bool shift = (e.modifiers & Event::shiftHeld) != 0;
@@ -297,15 +300,24 @@ void FXGraphView::dropHeldWire(FXEditor& editor, const WireEnd& clicked) {
   const WireEnd held = interaction_.held;
   // A wire joins an output to an input. A held output lands on a free input;
   // a held input lands on the spare output slot, never on a wired one.
-  if (held.atInput == clicked.atInput) return;
-  if (clicked.atInput ? clicked.node->getInputConnect(clicked.pad) != nullptr
-                      : clicked.pad != static_cast<int>(clicked.node->outputTable().size()))
+  if (held.atInput == clicked.atInput) {
+    notice_->say(held.atInput ? L"A wire from an input goes to an output" : L"A wire from an output goes to an input");
     return;
+  }
+  if (clicked.atInput ? clicked.node->getInputConnect(clicked.pad) != nullptr
+                      : clicked.pad != static_cast<int>(clicked.node->outputTable().size())) {
+    notice_->say(clicked.atInput ? L"That input is wired already: pick its wire up first"
+                                 : L"A wire goes to a node's free output slot, the last one");
+    return;
+  }
   const WireEnd& in = clicked.atInput ? clicked : held;
   const WireEnd& out = clicked.atInput ? held : clicked;
   const EditGraphIterator destination = getIteratorFor(in.node->graphNode(), EditGraphIterator::atNode);
   const EditGraphIterator source = getIteratorFor(out.node->graphNode(), EditGraphIterator::atNode);
-  if (!editor.canConnectNodes(destination, in.pad, source)) return;
+  if (!editor.canConnectNodes(destination, in.pad, source)) {
+    notice_->say(L"That input cannot take this wire: it would make a loop, or the input is locked");
+    return;
+  }
   if (getVob()) getVob()->makeBackup();
   endInteraction();
   // One wire per pad: an output slot lets go of what it fed before it feeds

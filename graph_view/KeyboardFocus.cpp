@@ -8,6 +8,7 @@
 #include "graph_view/FXGraphView.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/ViewHost.h"
+#include "graph_view/ViewNotice.h"
 #include "host/edit/EffectInstance.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/ui/EffectMenuItems.h"
@@ -52,10 +53,11 @@ bool KeyboardFocus::key(const Event& e) {
     return true;
   case Event::keyReturn: {
     auto* effect = dynamic_cast<EffectInstance*>(focus->graphNode().get());
-    if (effect && !dynamic_cast<AliasedInputEffect*>(effect))
-      if (view_.host_)
-        view_.host_->runItemCommand(
-            EffectMenuItems::commandFor("fxutr", "params", view_.getIteratorFor(focus_, EditGraphIterator::atNode)));
+    if (!effect || dynamic_cast<AliasedInputEffect*>(effect))
+      view_.notice().say(L"Only an effect has parameters to open");
+    else if (view_.host_)
+      view_.host_->runItemCommand(
+          EffectMenuItems::commandFor("fxutr", "params", view_.getIteratorFor(focus_, EditGraphIterator::atNode)));
     return true;
   }
   case Event::keySpace:

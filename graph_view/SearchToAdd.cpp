@@ -6,6 +6,7 @@
 
 #include "graph_view/TemplateDrops.h"
 #include "graph_view/TemplateSearch.h"
+#include "graph_view/ViewNotice.h"
 #include "graph_view/ViewHost.h"
 #include "host/render/EffectTemplateManager.h"
 
@@ -31,6 +32,7 @@ bool SearchToAdd::open(const std::wstring& text) {
   search_.query = text;
   // The node it will add to: under the mouse, else the one in focus.
   const XY<int> mouse = view_.mousePosition();
+  search_.at = mouse;
   for (const auto& n : view_.nodes()) {
     int index = 0;
     if (n->isVisibleFlag() && n->translateMouseEvent(mouse.x, mouse.y, index) != FXGraphViewNode::eNothing) {
@@ -108,12 +110,18 @@ bool SearchToAdd::key(const Event& e) {
   case Event::keyReturn: {
     const Search done = search_;
     close();
-    if (done.chosen < 0) return true;
+    if (done.chosen < 0) {
+      view_.notice().say(L"No effect matches \"" + LightweightString<wchar_t>(done.query) + L"\"");
+      return true;
+    }
     const EffectTemplateSummary& chosen = done.results[static_cast<std::size_t>(done.chosen)];
     if (done.target.valid())
       view_.insertTemplateAbove(chosen, done.target);
     else if (done.wire.to)
       view_.drops().insertOnWire(chosen, done.wire);
+    else
+      view_.notice().say(L"Nothing to add the effect to: open the search over a node or a wire, or give a node "
+                         L"the focus");
     return true;
   }
   default:
@@ -138,12 +146,20 @@ FXGraphView::PixelBox SearchToAdd::box() const {
   const int width = std::min(300, w.x1 - w.x0 - 20);
   const int rows =
       1 + (search_.full ? 1 : 0) + std::min(shownRows, std::max(1, static_cast<int>(search_.results.size())));
-  const int x0 = (w.x0 + w.x1 - width) / 2;
-  return {x0, w.y1 - 10 - rows * rowHeight - 4, x0 + width, w.y1 - 10};
+  const int height = rows * rowHeight + 4;
+  // Just below and right of where the mouse was, kept inside the view.
+  const int x0 = std::clamp(search_.at.x + 12, w.x0 + 4, std::max(w.x0 + 4, w.x1 - 4 - width));
+  const int y1 = std::clamp(search_.at.y - 12, std::min(w.y1 - 4, w.y0 + 4 + height), w.y1 - 4);
+  return {x0, y1 - height, x0 + width, y1};
 }
 
 void SearchToAdd::draw() {
   if (!search()) return;
+  // What the choice will go into.
+  TemplateDrops::Target target;
+  target.node = search_.target;
+  target.wire = search_.wire;
+  view_.drops().light(target);
   using PixelBox = FXGraphView::PixelBox;
   const PixelBox box = this->box();
   if (!view_.drawArea(box)) return;

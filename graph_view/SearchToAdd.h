@@ -7,12 +7,13 @@
 #include "graph_view/ViewPart.h"
 #include "host/render/EffectTemplateSummary.h"
 
-// Search to add: Tab (or a letter that is no command) opens a field over
-// the view listing the effect templates whose names match what is typed,
+// Search to add: Tab (or a letter that is no command) opens a field at the
+// mouse listing the effect templates whose names match what is typed,
 // best first (TemplateSearch). Up and Down choose, Return lays the chosen
 // effect over the node that was under the mouse when the field opened (as a
 // template dropped on it), or into the wire there, or over the node in
-// focus; Escape or Tab closes. The field is open while the view's
+// focus; what it will go into is lit while the field is open. Escape or
+// Tab closes. The field is open while the view's
 // interaction is `searching`.
 class GRPHTOOL_API SearchToAdd : public ViewPart {
 public:
@@ -25,6 +26,7 @@ public:
     bool full = false; // a key was refused: the query is as long as it may be
     IdStamp target;
     FXGraphView::WireRef wire; // else the wire under the mouse, to put the effect into
+    XY<int> at;                // where the mouse was: the field opens there
   };
 
   explicit SearchToAdd(FXGraphView& view);
@@ -39,10 +41,11 @@ public:
 
   bool key(const Event& e) override;
   void draw() override;
+  // Where the field is drawn (view pixels).
+  FXGraphView::PixelBox box() const;
 
 private:
   void updateResults();
-  FXGraphView::PixelBox box() const;
 
   Search search_;
 };

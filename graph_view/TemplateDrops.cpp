@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "graph_view/ViewNotice.h"
 #include "host/edit/EffectInstance.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/TransitStatus.h"
@@ -33,7 +34,45 @@ bool TemplateDrops::canAccept(const DragDropItem& item, XY<int> position) const 
   return wireAt(position, wire);
 }
 
+void TemplateDrops::hover(const DragDropItem* item, XY<int> position) {
+  Target now;
+  if (item && canAccept(*item, position)) now = targetAt(position);
+  if (now.node == hovered_.node && now.wire.to == hovered_.wire.to && now.wire.input == hovered_.wire.input) return;
+  hovered_ = now;
+  view_.redraw();
+}
+
+TemplateDrops::Target TemplateDrops::targetAt(XY<int> position) const {
+  Target t;
+  for (const auto& n : view_.nodes()) {
+    int index = 0;
+    if (n->isVisibleFlag() && n->translateMouseEvent(position.x, position.y, index) != FXGraphViewNode::eNothing) {
+      t.node = n->getNodeID();
+      return t;
+    }
+  }
+  wireAt(position, t.wire);
+  return t;
+}
+
+void TemplateDrops::light(const Target& target) {
+  const Colour lit(0.3, 0.85, 1.0);
+  if (target.wire.to) {
+    const FXGraphViewNode* from = target.wire.to->getInputConnect(target.wire.input);
+    const int output = from ? from->findOutputConnectFor(target.wire.to.get(), target.wire.input) : -1;
+    if (output >= 0)
+      view_.drawConnection(from->getOutputPos(static_cast<unsigned char>(output)),
+                           target.wire.to->getInputPos(static_cast<unsigned long>(target.wire.input)), lit,
+                           static_cast<unsigned short>(view_.getEdgeThickness(FXGraphView::eHighlightEdge) + 2));
+  } else if (const auto n = target.node.valid() ? view_.findViewRecForNode(target.node) : nullptr) {
+    view_.drawRing(n->pixelBox(), 2, 3, lit);
+  }
+}
+
+void TemplateDrops::draw() { light(hovered_); }
+
 bool TemplateDrops::accept(const DragDropItem& item, XY<int> position) {
+  hovered_ = Target();
   const EditPtr& edit = view_.getEdit();
   const auto* dropped = dynamic_cast<const EffectTemplateDragItem*>(&item);
   if (!dropped || !edit) return false;
@@ -69,8 +108,10 @@ bool TemplateDrops::insertOnWire(const EffectTemplateSummary& t, const FXGraphVi
   FXEditor editor(edit, 0, view_.getPrimaryChanIx());
   if (!destination.isValid() ||
       !editor.canConnectNodes(destination, wire.input,
-                              view_.getIteratorFor(from->graphNode(), EditGraphIterator::atNode)))
+                              view_.getIteratorFor(from->graphNode(), EditGraphIterator::atNode))) {
+    view_.notice().say(L"The effect cannot go into that wire: the input it feeds is locked");
     return false;
+  }
   // The source as met through that input: the effect goes in between.
   EditGraphIterator at = destination;
   if (!at.moveToInput(wire.input) || at.getNode().get() != from->graphNode().get()) return false;

@@ -15,7 +15,22 @@ class DragDropItem;
 // the same way. Each is one undo step.
 class GRPHTOOL_API TemplateDrops : public ViewPart {
 public:
+  // What a template would be laid into: a node, else a wire.
+  struct Target {
+    IdStamp node;
+    FXGraphView::WireRef wire;
+  };
+
   explicit TemplateDrops(FXGraphView& view) : ViewPart(view) {}
+
+  // A dragged item over the view (null: it left): what it would go into
+  // lights up.
+  void hover(const DragDropItem* item, XY<int> position);
+  const Target& hovered() const noexcept { return hovered_; }
+  Target targetAt(XY<int> position) const;
+  // Draws the target lit: the wire thick and bright, the node ringed.
+  void light(const Target& target);
+  void draw() override;
 
   // Whether a dragged item would be taken at a view pixel.
   bool canAccept(const DragDropItem& item, XY<int> position) const;
@@ -33,4 +48,6 @@ public:
 private:
   // Points along a wire, every few pixels.
   std::vector<XY<int>> wirePoints(const FXGraphViewNode& to, int input) const;
+
+  Target hovered_;
 };
