@@ -196,6 +196,15 @@ void FXGraphViewNode::drawInputs(bool labels, bool pads) {
   const int labelHeight = static_cast<int>(view_->getScale() * titleBarHeight);
   const int nodeWidth = pixelBox_.x1 - pixelBox_.x0;
   const Colour text = getNodeActive() ? getMainCol().scaled(0.2) : inactiveText;
+  // Labels never overlap: each keeps to its share of the edge, the least
+  // distance between neighbouring pads.
+  const bool alongBottom = view_->getOrientation() != 0;
+  int spacing = alongBottom ? 2 * nodeWidth : labelHeight;
+  for (unsigned i = 1; i < n; ++i) {
+    const XY<int> a = getInputPos(i - 1), b = getInputPos(i);
+    const int d = std::abs(alongBottom ? b.x - a.x : b.y - a.y);
+    if (d > 0) spacing = std::min(spacing, d);
+  }
   for (unsigned i = 0; i < n; ++i) {
     const XY<int> p = getInputPos(i);
     if (pads) drawConnectionPad(p, getInputConnect(static_cast<int>(i)), eInputPad);
@@ -203,10 +212,11 @@ void FXGraphViewNode::drawInputs(bool labels, bool pads) {
     // The label sits inside the body, clear of the pad: above it with the
     // inputs along the bottom, to its right with the inputs down the left.
     PixelBox box;
-    if (view_->getOrientation() != 0) {
-      box = {p.x - nodeWidth, p.y + r + 5, p.x + nodeWidth, p.y + r + 5 + labelHeight};
+    if (alongBottom) {
+      box = {p.x - spacing / 2, p.y + r + 5, p.x + spacing / 2, p.y + r + 5 + labelHeight};
     } else {
-      box = {p.x + r + 5, p.y - labelHeight / 2, pixelBox_.x1 - r - 5, p.y - labelHeight / 2 + labelHeight};
+      const int h = std::min(labelHeight, spacing);
+      box = {p.x + r + 5, p.y - h / 2, pixelBox_.x1 - r - 5, p.y - h / 2 + h};
     }
     view_->drawText(box, node_->getInputName(i), text, "helv");
   }

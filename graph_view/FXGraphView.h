@@ -291,6 +291,8 @@ public:
   // Judges of the managed values.
   bool judgeZoom(ValServer<double>* server, double& value);
 
+  // Text boxes lower than this (pixels) are left empty: unreadable.
+  static constexpr int minTextHeight = 9;
   // Drawing helpers for the view and its parts. Whether anything of an area
   // is left to draw inside the clip; rings of `width` one-pixel frames round
   // a box, starting `away` pixels out; drawing again only what lies in an

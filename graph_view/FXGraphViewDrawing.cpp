@@ -14,6 +14,7 @@
 #include "graph_view/TemplateDrops.h"
 #include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
+#include "host/draw/ScreenSurface.h"
 
 void FXGraphView::draw() {
   // The graph stays inside the view area: nodes half out of it do not spill
@@ -244,6 +245,13 @@ void FXGraphView::drawRing(const PixelBox& b, int away, int width, const Colour&
 void FXGraphView::drawText(const PixelBox& box, const LightweightString<wchar_t>& text, const Colour& colour,
                            const LightweightString<char>& font, int pointSize) {
   if (!drawArea(box)) return;
+  if (pointSize == 0) {
+    // A size that keeps the line inside its box; below a readable size the
+    // text is left out rather than drawn over its box.
+    const int height = std::abs(box.y1 - box.y0);
+    if (height < minTextHeight) return;
+    pointSize = std::min(ScreenSurface::defaultPointSize, height * 3 / 5);
+  }
   Glob::drawText(box, text, colour, font, 1, pointSize);
 }
 

@@ -10,6 +10,7 @@
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/ui/HostClock.h"
+#include "host/ui/TextMetrics.h"
 
 namespace {
 
@@ -47,6 +48,8 @@ void HoverHints::tick() {
   if (tipHold_ && msecsNow() - hoverSince_ >= tooltipMs) {
     tipHold_.release();
     tipShown_ = true;
+    // The tip belongs to the view as it is now: moved, it goes.
+    tipView_ = {view_.getViewCentre(), view_.getScale()};
     view_.redraw();
   }
 }
@@ -142,14 +145,11 @@ void HoverHints::drawTooltip() {
     if (end == std::wstring::npos) break;
     from = end + 2;
   }
-  std::size_t longest = 0;
-  for (const std::wstring& l : lines) longest = std::max(longest, l.size());
-  const int lineHeight = 15, w = static_cast<int>(longest) * 7 + 12,
-            h = static_cast<int>(lines.size()) * lineHeight + 6;
-  const auto v = view_.getWindowPos();
-  const int x0 = std::clamp(view_.mousePosition().x + 14, v.x0 + 2, std::max(v.x0 + 2, v.x1 - 2 - w));
-  const int y1 = std::clamp(view_.mousePosition().y - 14, std::min(v.y1 - 2, v.y0 + 2 + h), v.y1 - 2);
-  const FXGraphView::PixelBox box{x0, y1 - h, x0 + w, y1};
+  if (!tooltipShowing()) {
+    tipShown_ = false;
+    return;
+  }
+  const FXGraphView::PixelBox box = tooltipBox(lines);
   if (!view_.drawArea(box)) return;
   {
     CanvasRenderer r = view_.canvas().renderer();
@@ -157,12 +157,36 @@ void HoverHints::drawTooltip() {
     r.renderPrimitive(Glib::FrameDescription{box, fromColour(Colour(0.3, 0.3, 0.3)), 1});
     r.addModifiedArea(box);
   }
-  int y = y1 - 3 - lineHeight;
+  int y = box.y1 - 3 - tooltipLine;
   for (const std::wstring& l : lines) {
-    view_.drawText({box.x0 + 6, y, box.x1 - 4, y + lineHeight}, LightweightString<wchar_t>(l), Colour(0.1, 0.1, 0.1),
-                   {}, 8);
-    y -= lineHeight;
+    view_.drawText({box.x0 + 6, y, box.x1 - 4, y + tooltipLine}, LightweightString<wchar_t>(l), Colour(0.1, 0.1, 0.1),
+                   {}, tooltipPoints);
+    y -= tooltipLine;
   }
+}
+
+bool HoverHints::tooltipShowing() const noexcept {
+  return tipShown_ && tipView_ == std::pair(view_.getViewCentre(), view_.getScale());
+}
+
+FXGraphView::PixelBox HoverHints::tooltipBox(const std::vector<std::wstring>& lines) const {
+  // As wide as its longest line measures, inside the view, and off the
+  // mouse (and the pad under it): below and right of it where there is
+  // room, else above or left.
+  int widest = 0;
+  for (const std::wstring& l : lines)
+    widest = std::max(widest, measureText(LightweightString<wchar_t>(l), {}, tooltipPoints).x);
+  const auto v = view_.getWindowPos();
+  const int w = std::min(widest + 12, v.x1 - v.x0 - 4), h = static_cast<int>(lines.size()) * tooltipLine + 6;
+  const XY<int> m = view_.mousePosition();
+  const int clear = 16;
+  int x0 = m.x + clear;
+  if (x0 + w > v.x1 - 2) x0 = m.x - clear - w;
+  x0 = std::clamp(x0, v.x0 + 2, std::max(v.x0 + 2, v.x1 - 2 - w));
+  int y1 = m.y - clear;
+  if (y1 - h < v.y0 + 2) y1 = m.y + clear + h;
+  y1 = std::clamp(y1, std::min(v.y1 - 2, v.y0 + 2 + h), v.y1 - 2);
+  return {x0, y1 - h, x0 + w, y1};
 }
 
 LightweightString<wchar_t> HoverHints::describeNode(const FXGraphViewNode& node) const {

@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "graph_view/FXGraphView.h"
@@ -29,7 +31,8 @@ public:
 
   // The node under the mouse and every node upstream of it.
   const std::vector<IdStamp>& highlighted() const noexcept { return highlighted_; }
-  bool tooltipShowing() const noexcept { return tipShown_; }
+  // Up, and for the view as it is: a view moved since has lost it.
+  bool tooltipShowing() const noexcept;
   // While a wire dangles: every pad that would take it, as the editor
   // judges (no cycle, no locked input): free inputs for a wire from an
   // output, spare output slots for a wire from an input; of the nodes
@@ -40,13 +43,19 @@ public:
   // feeds each input and what its output feeds.
   LightweightString<wchar_t> describeNode(const FXGraphViewNode& node) const;
 
+  // Where the tooltip of those lines goes (view pixels).
+  FXGraphView::PixelBox tooltipBox(const std::vector<std::wstring>& lines) const;
+
 private:
+  static constexpr int tooltipPoints = 8, tooltipLine = 15;
   void update(XY<int> position);
   void dropTooltip();
 
   IdStamp hovered_;
   std::vector<IdStamp> highlighted_;
   uint64_t hoverSince_ = 0;
+  // Where the view was when the tip came up.
+  std::pair<XY<double>, double> tipView_;
   TimerHold tipHold_; // the timer runs until the tooltip is due
   bool tipShown_ = false;
 };
