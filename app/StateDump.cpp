@@ -5,6 +5,7 @@
 #include "graph_view/Navigator.h"
 #include "graph_view/SearchToAdd.h"
 #include "graph_view/ViewNotice.h"
+#include "graph_view/ViewStills.h"
 #include "host/edit/EffectInstance.h"
 #include "host/stream/StreamableTraits.h"
 #include "host/ui/Checkbox.h"
@@ -218,6 +219,8 @@ json dumpState(const Session& session) {
                  {"manualPositioning", view->manualPositioning()},
                  // The view's bottom-left corner on the screen (the picture's pixels).
                  {"origin", point(view->screenPos())}};
+  Glob::PixelBox preview;
+  doc["view"]["preview"] = view->stills().previewPlace(preview) ? box(preview) : json(nullptr);
   json nodes = json::array();
   json wires = json::array();
   for (const auto& n : view->nodes()) {

@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """Starts fxgraph on an edit in a window on a virtual X display, takes a
-screenshot of the display and checks that the window drew something; then
+screenshot of the display and checks that the window drew something, that
+the tool fills it and that the first view frames the graph with nothing
+over a node (by the state dump and the screenshot); then
 drives the tool with the mouse (xdotool) as a person would: a node dragged
 away, and the same again followed by a click on Tidy, which puts it back.
 
@@ -32,6 +34,13 @@ def screenshot(display, path):
     bits_per_pixel, bytes_per_line, ncolors = fields[11], fields[12], fields[19]
     pixels = data[header_size + 12 * ncolors:]
     return width, height, bits_per_pixel // 8, bytes_per_line, pixels
+
+
+def pixel(shot, x, y):
+    """The (r, g, b) at x, y counted from the top-left corner, 0 to 255."""
+    width, height, step, stride, pixels = shot
+    b, g, r = pixels[y * stride + x * step:y * stride + x * step + 3]
+    return r, g, b
 
 
 def distinct_colours(shot):
@@ -72,7 +81,7 @@ def run_window(fxgraph, edit, work, env, name, actions):
         return json.load(f)
 
 
-def drive_the_tool(fxgraph, edit, work, env):
+def drive_the_tool(fxgraph, edit, work, env, shot):
     first = json.load(open(os.path.join(work, "first.json")))
     panel = first["panel"]
     if not panel:
@@ -90,6 +99,30 @@ def drive_the_tool(fxgraph, edit, work, env):
 
     view = panel["widgets"]["view"]
     ox, oy = first["view"]["origin"]
+    # The first view frames the graph: every node inside the view, none
+    # under the preview.
+    wx0, wy0, wx1, wy1 = first["view"]["window"]
+    preview = first["view"]["preview"]
+    for n in first["nodes"]:
+        x0, y0, x1, y1 = n["pixels"]
+        if not (wx0 <= x0 and x1 <= wx1 and wy0 <= y0 and y1 <= wy1):
+            print("node", n["id"], "is not wholly in the first view:", n["pixels"], "window", first["view"]["window"])
+            return 1
+        if preview and max(x0, preview[0]) < min(x1, preview[2]) and max(y0, preview[1]) < min(y1, preview[3]):
+            print("node", n["id"], "lies under the preview", preview)
+            return 1
+        # On the screen, the title bar shows its own colour near its left end:
+        # nothing is drawn over the node.
+        bx0, by0, bx1, by1 = n["titleBar"]["pixels"]
+        sx, sy = ox + bx0 + 3, 800 - 1 - (oy + (by0 + by1) // 2)
+        got = pixel(shot, sx, sy)
+        want = [round(c * 255) for c in n["titleBar"]["colour"][:3]]
+        if any(abs(a - b) > 30 for a, b in zip(got, want)):
+            print("node", n["id"], "title bar shows", got, "not", want, "at", (sx, sy))
+            return 1
+    if panel["w"] != 1280 or panel["h"] != 800:
+        print("the tool does not fill the window:", panel["w"], "x", panel["h"])
+        return 1
     node = None
     for n in first["nodes"]:
         x0, y0, x1, y1 = n["pixels"]
@@ -161,12 +194,14 @@ def main():
                                    stderr=subprocess.PIPE, text=True)
         blank = distinct_colours(screenshot(display, os.path.join(work, "before.xwd")))
         colours = 0
+        shot = None
         for _ in range(60):
             time.sleep(0.25)
             if program.poll() is not None:
                 print("fxgraph ended early:", program.returncode, program.stdout.read(), program.stderr.read())
                 return 1
-            colours = distinct_colours(screenshot(display, os.path.join(work, "shot.xwd")))
+            shot = screenshot(display, os.path.join(work, "shot.xwd"))
+            colours = distinct_colours(shot)
             if colours > 20:
                 break
         print(f"distinct colours: {colours} (empty display: {blank})")
@@ -176,12 +211,14 @@ def main():
         if colours <= 20:
             print("the window stayed blank")
             return 1
+        time.sleep(0.5)
+        shot = screenshot(display, os.path.join(work, "shot.xwd"))
         program.send_signal(signal.SIGTERM)
         status = program.wait(timeout=20)
         if status != 0:
             print("fxgraph did not quit cleanly:", status, program.stderr.read())
             return 1
-        return drive_the_tool(fxgraph, edit, work, env)
+        return drive_the_tool(fxgraph, edit, work, env, shot)
     finally:
         if program and program.poll() is None:
             program.kill()
