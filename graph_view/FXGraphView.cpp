@@ -263,35 +263,35 @@ bool FXGraphView::handleDataMessageEvent(const LightweightString<char>& msg, Glo
 
 MenuItems FXGraphView::getMenuItems(const Event* e) {
   MenuItems items;
-  MenuItem left(resourceStrW(11779), {}, "orientation");
-  left.checked = orientation_ == VidRouting::Orientations::LeftToRight;
-  MenuItem up(resourceStrW(11780), {}, "orientation");
-  up.checked = !left.checked;
-  items.push_back(left);
-  items.push_back(up);
-  // Zoom steps: a panel that holds the view takes them as its own.
-  items.emplace_back(resourceStrW(13050), LightweightString<char>(), "zoomIn");
-  items.emplace_back(resourceStrW(13051), LightweightString<char>(), "zoomOut");
-  // The routing of the edit, track by track: whoever holds the view opens it.
-  items.emplace_back(resourceStrW(13053), LightweightString<char>(), "routing");
-  items.emplace_back(resourceStrW(13055), LightweightString<char>(), "arrange");
-  MenuItem navigator(resourceStrW(13054), {}, "navigator");
-  navigator.checked = navigator_->on();
-  items.push_back(navigator);
-  MenuItem preview(resourceStrW(13056), {}, "preview");
-  preview.checked = stills_->on();
-  items.push_back(preview);
-  if (!e) return items;
-  // The graph-item commands of the node under the mouse.
-  const XY<int> at = e->screen - screenPos();
-  for (const auto& n : nodes_) {
-    int index = 0;
-    if (n->translateMouseEvent(at.x, at.y, index) == FXGraphViewNode::eNothing) continue;
-    const MenuItems commands =
-        EffectMenuItems::getItemsForComponent(getIteratorFor(n->getNodeID(), EditGraphIterator::atNode));
-    items.insert(items.end(), commands.begin(), commands.end());
-    break;
+  // On a node: its own entries first, under its title, then the view's.
+  if (e) {
+    const XY<int> at = e->screen - screenPos();
+    for (const auto& n : nodes_) {
+      int index = 0;
+      if (n->translateMouseEvent(at.x, at.y, index) == FXGraphViewNode::eNothing) continue;
+      const MenuItems commands =
+          EffectMenuItems::getItemsForComponent(getIteratorFor(n->getNodeID(), EditGraphIterator::atNode));
+      items.push_back(menuHeading(n->getTitleStr()));
+      items.insert(items.end(), commands.begin(), commands.end());
+      items.push_back(menuSeparator());
+      break;
+    }
   }
+  auto add = [&](MenuItem item, const wchar_t* keys, bool checked = false) {
+    item.keys = keys;
+    item.checked = checked;
+    items.push_back(std::move(item));
+  };
+  add(MenuItem(resourceStrW(11779), {}, "orientation"), L"", orientation_ == VidRouting::Orientations::LeftToRight);
+  add(MenuItem(resourceStrW(11780), {}, "orientation"), L"", orientation_ != VidRouting::Orientations::LeftToRight);
+  // Zoom steps: a panel that holds the view takes them as its own.
+  add(MenuItem(resourceStrW(13050), {}, "zoomIn"), L"+");
+  add(MenuItem(resourceStrW(13051), {}, "zoomOut"), L"-");
+  // The routing of the edit, track by track: whoever holds the view opens it.
+  add(MenuItem(resourceStrW(13053), {}, "routing"), L"");
+  add(MenuItem(resourceStrW(13055), {}, "arrange"), L"L");
+  add(MenuItem(resourceStrW(13054), {}, "navigator"), L"N", navigator_->on());
+  add(MenuItem(resourceStrW(13056), {}, "preview"), L"V", stills_->on());
   return items;
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int frame = 1;       // pixels round the rows
 constexpr int tickColumn = 18; // left of the labels, for ticks
+constexpr int keysGap = 24;    // between a label and its keys
 constexpr int rightMargin = 12;
 constexpr int keyEscape = 27;
 constexpr int keyReturn = 13;
@@ -41,7 +42,9 @@ MenuGlob::MenuGlob(const MenuItems& items, Glob* owner, XY<int> size) : Glob(siz
 MenuGlob* MenuGlob::open(const MenuItems& items, Glob* owner, XY<int> topLeft) {
   if (items.empty() || !GlobManager::initialised()) return nullptr;
   int w = 80;
-  for (const MenuItem& item : items) w = std::max(w, tickColumn + measureText(item.label).x + rightMargin);
+  for (const MenuItem& item : items)
+    w = std::max(w, tickColumn + measureText(item.label).x + rightMargin +
+                        (item.keys.empty() ? 0 : measureText(item.keys).x + keysGap));
   const int h = 2 * frame + static_cast<int>(items.size()) * UifStd::getRowHeight();
   auto* menu = new MenuGlob(items, owner, {w, h});
   const XY<int> pos = GlobManager::getSafePosForGlob(menu->canvas(), {topLeft.x, topLeft.y - h}, {w, h});
@@ -134,6 +137,16 @@ void MenuGlob::draw() {
     const PixelBox row = itemBox(i);
     const bool hot = i == hot_ && item.active;
     if (hot) drawRect(row, highlight);
+    if (item.kind == MenuItem::Kind::separator) {
+      const int y = (row.y0 + row.y1) / 2;
+      drawRect({row.x0 + 4, y, row.x1 - 4, y + 1}, p.window(5));
+      continue;
+    }
+    if (item.kind == MenuItem::Kind::heading) {
+      drawRect(row, p.window(3));
+      drawText({row.x0 + 6, row.y0, row.x1 - 4, row.y1}, item.label, p.text(), {}, 0);
+      continue;
+    }
     Colour ink = hot ? Colour(1, 1, 1) : p.text();
     if (!item.active) ink = p.window(5);
     if (item.checked) {
@@ -143,5 +156,7 @@ void MenuGlob::draw() {
       r.renderPrimitive(Glib::LineDescription{{8, cy - 4}, {13, cy + 4}, fromColour(ink), 2});
     }
     drawText({row.x0 + tickColumn, row.y0, row.x1 - 4, row.y1}, item.label, ink, {}, 0);
+    if (!item.keys.empty())
+      drawText({row.x0 + tickColumn, row.y0, row.x1 - 8, row.y1}, item.keys, hot ? ink : p.window(5), {}, 2);
   }
 }

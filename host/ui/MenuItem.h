@@ -15,6 +15,12 @@ struct MenuItem {
   LightweightString<char> tag;
   bool active = true;   // inactive items show greyed and cannot be chosen
   bool checked = false; // drawn with a tick
+  // The key that does the same, shown at the right ("L", "Ctrl+S").
+  LightweightString<wchar_t> keys;
+  // A heading (what the entries below act on) or a line between groups:
+  // neither can be chosen.
+  enum class Kind { entry, heading, separator };
+  Kind kind = Kind::entry;
 
   MenuItem() = default;
   MenuItem(LightweightString<wchar_t> label_, LightweightString<char> message_ = {}, LightweightString<char> tag_ = {})
@@ -22,6 +28,20 @@ struct MenuItem {
 };
 
 using MenuItems = std::vector<MenuItem>;
+
+// A heading and a separator, as menus put them.
+inline MenuItem menuHeading(LightweightString<wchar_t> label) {
+  MenuItem m(std::move(label));
+  m.kind = MenuItem::Kind::heading;
+  m.active = false;
+  return m;
+}
+inline MenuItem menuSeparator() {
+  MenuItem m;
+  m.kind = MenuItem::Kind::separator;
+  m.active = false;
+  return m;
+}
 
 namespace MenuData {
 

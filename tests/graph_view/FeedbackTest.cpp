@@ -99,3 +99,33 @@ TEST_F(Feedback, RefusalsSayWhyUntilTheNextPress) {
 }
 
 } // namespace feedbacktest
+
+namespace feedbacktest {
+
+TEST_F(Feedback, ANodesMenuStartsWithItsOwnEntriesUnderItsTitleAndTheViewsCarryTheirKeys) {
+  Event e;
+  e.screen = pads.body(head);
+  const MenuItems items = view.getMenuItems(&e);
+  ASSERT_GT(items.size(), 3u);
+  EXPECT_EQ(items[0].kind, MenuItem::Kind::heading);
+  EXPECT_EQ(items[0].label, pads.node(head)->getTitleStr());
+  EXPECT_FALSE(items[0].active) << "a heading is not chosen";
+  std::size_t separator = 0;
+  for (std::size_t i = 1; i < items.size(); ++i)
+    if (items[i].kind == MenuItem::Kind::separator) separator = i;
+  ASSERT_GT(separator, 1u) << "the node's entries come first";
+  // After it, the view's own entries, as on empty canvas, with their keys.
+  const MenuItems empty = view.getMenuItems(nullptr);
+  ASSERT_EQ(items.size() - separator - 1, empty.size());
+  for (std::size_t i = 0; i < empty.size(); ++i) EXPECT_EQ(items[separator + 1 + i].label, empty[i].label);
+  auto keysOf = [&](const wchar_t* label) {
+    for (const MenuItem& m : empty)
+      if (m.label.str() == label) return std::wstring(m.keys.str());
+    return std::wstring(L"(none)");
+  };
+  EXPECT_EQ(keysOf(L"Arrange"), L"L");
+  EXPECT_EQ(keysOf(L"Navigator"), L"N");
+  EXPECT_EQ(keysOf(L"Preview"), L"V");
+}
+
+} // namespace feedbacktest
