@@ -27,6 +27,7 @@
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
 #include "host/ui/ScrollBar.h"
+#include "node_ui/PositionsUndo.h"
 
 FXGraphView::FXGraphView(Vob* vob, XY<int> size, const Palette& palette, int scope)
     : VobClient(vob, 2), scope_(scope), centre_(XY<double>(0, 0)), zoom_(0.75) {
@@ -219,7 +220,14 @@ void FXGraphView::newNodeRecNotify(NodeUIRecBase*) {
 
 void FXGraphView::nodeRecDeletedNotify(NodeUIRecBase*) {}
 
-void FXGraphView::nodeManagerGeneralNotify(const LightweightString<char>&) { redraw(); }
+void FXGraphView::nodeManagerGeneralNotify(const LightweightString<char>& text) {
+  // Positions an undo step brought back: the nodes followed their records.
+  if (text == PositionsUndo::restoredMsg) {
+    keepCanvasAroundGraph();
+    updateScrollbars(true);
+  }
+  redraw();
+}
 
 bool FXGraphView::handleMessageEvent(const LightweightString<char>& msg, Glob* sender) {
   if (auto* bar = dynamic_cast<ScrollBar*>(sender); bar && (bar == hScroll_ || bar == vScroll_)) {

@@ -12,11 +12,12 @@ PositionsUndo::PositionsUndo(Ux::Ptr<NodeUIPosManager> manager) : manager_(std::
 std::shared_ptr<const UndoExtra> PositionsUndo::capture() const { return std::make_shared<PositionsUndo>(manager_); }
 
 void PositionsUndo::restore() const {
-  // Quietly: the edit's undo tells everyone showing it once, when the whole
-  // step is back.
+  // Quietly, record by record (what follows a record's draw position hears
+  // even so), then once for all.
   for (const Saved& s : saved_)
     if (NodeUIPosRec* rec = manager_->openPosRec(s.id)) {
       rec->restoreManualState(s.manual.x, s.manual.y, s.manualSet);
       rec->setDrawPosition(s.draw, false);
     }
+  manager_->sendGeneralUpdateNotification(restoredMsg);
 }

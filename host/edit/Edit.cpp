@@ -215,9 +215,10 @@ bool Edit::undo() {
   undo_.pop_back();
   redo_.push_back(takeSnapshot());
   if (s.extra) redo_.back().extra = s.extra->capture();
-  // The extra state first: those who rebuild on the edit's news find it back.
-  if (s.extra) s.extra->restore();
   restore(s);
+  // The extra state last: what those showing the edit made of its news (a
+  // layout of nodes that came back, say) gives way to the state of the step.
+  if (s.extra) s.extra->restore();
   return true;
 }
 
@@ -236,8 +237,8 @@ bool Edit::redo() {
   redo_.pop_back();
   undo_.push_back(takeSnapshot());
   if (s.extra) undo_.back().extra = s.extra->capture();
-  if (s.extra) s.extra->restore();
   restore(s);
+  if (s.extra) s.extra->restore();
   return true;
 }
 

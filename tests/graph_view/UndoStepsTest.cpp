@@ -184,3 +184,28 @@ INSTANTIATE_TEST_SUITE_P(BothWays, UndoSteps,
                          });
 
 } // namespace undosteps
+
+namespace undosteps {
+
+// A template dropped makes the list longer, and the rebuild lays the graph
+// out again; undoing the drop brings back the hand placings of before it.
+TEST_P(UndoSteps, UndoingADropBringsBackHandPlacings) {
+  drag(s3, {25, -20});
+  const State placed = state();
+  EffectTemplateSummary blur;
+  blur.name = L"Blur";
+  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
+  blur.numInputs = 1;
+  ASSERT_TRUE(view.insertTemplateAbove(blur, s1));
+  ASSERT_EQ(edit->undoDepth(), 2u);
+  ASSERT_TRUE(fx.vob().undo());
+  const State back = state();
+  EXPECT_EQ(back.effects, placed.effects);
+  for (const auto& [id, p] : placed.positions) {
+    ASSERT_TRUE(back.positions.count(id)) << id.asString().str();
+    EXPECT_EQ(back.positions.at(id), p) << id.asString().str();
+    EXPECT_EQ(pads.node(id)->getPosition(), XY<double>(std::get<0>(p), std::get<1>(p))) << id.asString().str();
+  }
+}
+
+} // namespace undosteps
