@@ -4,6 +4,9 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <string>
 
 #include "host/config/Resources.h"
 #include "host/edit/ParamBase.h"
@@ -11,13 +14,30 @@
 #include "host/notify/Log.h"
 #include "host/ui/MessageBox.h"
 #include "host/ui/PushButton.h"
+#include "host/ui/Slider.h"
+#include "host/ui/TextField.h"
 #include "host/ui/UifStd.h"
 
 namespace {
 constexpr const char* upMsg = "paramUp ";
 constexpr const char* downMsg = "paramDown ";
+constexpr const char* slideMsg = "paramSlide ";
+constexpr const char* typeMsg = "paramType ";
 constexpr int buttonSize = UifStd::getRowHeight();
-constexpr int panelWidth = 300;
+constexpr int sliderWidth = 120, fieldWidth = 64;
+constexpr int controlsWidth = sliderWidth + fieldWidth + 2 * buttonSize + 5 * UifStd::getWidgetGap();
+constexpr int panelWidth = 220 + controlsWidth;
+
+std::wstring valueText(double v) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.4g", v);
+  return std::wstring(text, text + std::strlen(text));
+}
+
+// A slider's ends: 0 to 1, widened to whole numbers round a value beyond.
+std::pair<double, double> rangeFor(double v) {
+  return {std::min(0.0, std::floor(v)), std::max(1.0, std::ceil(v))};
+}
 
 // The control index after a button message's prefix, or -1.
 int controlIndex(const LightweightString<char>& msg, std::string_view prefix) {
@@ -71,7 +91,7 @@ CompoundEffectPanel::CompoundEffectPanel(Vob* vob, const IdStamp& node, Lightwei
         return args;
       }()),
       VobClient(vob), node_(node), page_(std::move(page)) {
-  setReserve(0, 2 * buttonSize + 2 * UifStd::getWidgetGap());
+  setReserve(0, controlsWidth);
   refresh();
 }
 
@@ -86,43 +106,65 @@ void CompoundEffectPanel::refresh() {
   setTitle(resourceStrW(13024) + L" : " + (fx ? fx->getName() : resourceStrW(10007)), UifStd::getTitleFont());
   std::vector<Row> rows;
   std::vector<Control> wanted;
+  const std::vector<std::string> keys = fx ? GenericParam::ParamBase::keysOf(*fx) : std::vector<std::string>();
   if (!fx)
     rows.push_back({resourceStrW(10007), {}, false});
-  else if (fx->params().empty())
+  else if (keys.empty())
     rows.push_back({resourceStrW(13026), {}, false});
-  if (fx)
-    for (const auto& [key, values] : fx->params())
-      for (std::size_t i = 0; i < values.size(); ++i) {
-        char value[32];
-        std::snprintf(value, sizeof value, "%.4g", values[i]);
-        const std::string label = values.size() > 1 ? key + " " + std::to_string(i + 1) : key;
-        rows.push_back({toWide(label), toWide(value), false});
-        wanted.push_back({key, i});
-      }
-  // Buttons are made again only when the rows stand for other values: a
-  // click changes a value while its button is still handling the click.
+  std::vector<double> shown;
+  for (const std::string& key : keys) {
+    const std::vector<double> values = GenericParam::ParamBase::valuesOf(*fx, key);
+    const bool colour = key == GenericParam::colourKey || key == GenericParam::secondColourKey;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      static const char* const parts[] = {" red", " green", " blue"};
+      const std::string label =
+          colour && i < 3 ? key + parts[i] : values.size() > 1 ? key + " " + std::to_string(i + 1) : key;
+      rows.push_back({toWide(label), {}, false});
+      wanted.push_back({key, i});
+      shown.push_back(values[i]);
+    }
+  }
+  // Controls are made again only when the rows stand for other values: a
+  // click changes a value while its control is still handling the click.
   const bool sameControls =
       wanted.size() == controls_.size() &&
       std::equal(wanted.begin(), wanted.end(), controls_.begin(),
                  [](const Control& a, const Control& b) { return a.key == b.key && a.index == b.index; });
   if (!sameControls) {
-    for (const Control& c : controls_) {
-      removeWidget(c.down, true);
-      removeWidget(c.up, true);
-    }
+    for (const Control& c : controls_)
+      for (Glob* g : std::initializer_list<Glob*>{c.down, c.up, c.slider, c.field}) removeWidget(g, true);
     controls_ = std::move(wanted);
   }
   setRows(std::move(rows));
-  if (sameControls) return;
+  if (!sameControls) makeControls();
+  for (std::size_t i = 0; i < controls_.size(); ++i) {
+    const auto [lo, hi] = rangeFor(shown[i]);
+    controls_[i].slider->set(lo, hi, shown[i]);
+    controls_[i].field->setText(LightweightString<wchar_t>(valueText(shown[i])));
+  }
+  if (GlobManager::initialised()) redraw();
+}
+
+void CompoundEffectPanel::makeControls() {
+  const int gap = UifStd::getWidgetGap();
   for (std::size_t i = 0; i < controls_.size(); ++i) {
     const int dy = static_cast<int>(i) * UifStd::getRowHeight();
     const std::string n = std::to_string(i);
-    controls_[i].up = new PushButton(L"+", LightweightString<char>(upMsg + n), buttonSize, buttonSize);
-    controls_[i].down = new PushButton(L"-", LightweightString<char>(downMsg + n), buttonSize, buttonSize);
-    addChild(controls_[i].up, UserTopRight(UifStd::getWidgetGap(), dy));
-    addChild(controls_[i].down, UserTopRight(2 * UifStd::getWidgetGap() + buttonSize, dy));
+    Control& c = controls_[i];
+    c.up = new PushButton(L"+", LightweightString<char>(upMsg + n), buttonSize, buttonSize);
+    c.down = new PushButton(L"-", LightweightString<char>(downMsg + n), buttonSize, buttonSize);
+    c.field = new TextField({}, LightweightString<char>(typeMsg + n), {fieldWidth, buttonSize});
+    c.slider = new Slider(0, 1, 0, LightweightString<char>(slideMsg + n), {sliderWidth, buttonSize});
+    addChild(c.up, UserTopRight(gap, dy));
+    addChild(c.down, UserTopRight(2 * gap + buttonSize, dy));
+    addChild(c.field, UserTopRight(3 * gap + 2 * buttonSize, dy));
+    addChild(c.slider, UserTopRight(4 * gap + 2 * buttonSize + fieldWidth, dy));
   }
-  if (GlobManager::initialised()) redraw();
+}
+
+bool CompoundEffectPanel::setParam(const std::string& key, std::size_t index, double value) {
+  GenericParam::ParamBase param(getVob(), node_, key, index);
+  return param.exists() && param.requestValueChange(value);
 }
 
 bool CompoundEffectPanel::stepParam(const std::string& key, std::size_t index, int steps) {
@@ -133,6 +175,27 @@ bool CompoundEffectPanel::stepParam(const std::string& key, std::size_t index, i
 }
 
 bool CompoundEffectPanel::handleMessageEvent(const LightweightString<char>& msg, Glob* sender) {
+  for (const char* prefix : {slideMsg, typeMsg}) {
+    const int i = controlIndex(msg, prefix);
+    if (i < 0 || static_cast<std::size_t>(i) >= controls_.size()) continue;
+    // Copied: the change makes the panel read its rows again.
+    const Control c = controls_[static_cast<std::size_t>(i)];
+    if (sender == c.slider) {
+      setParam(c.key, c.index, std::round(c.slider->value() * 1e4) / 1e4);
+      return true;
+    }
+    if (sender == c.field) {
+      const std::wstring typed(c.field->text().str());
+      wchar_t* end = nullptr;
+      const double value = std::wcstod(typed.c_str(), &end);
+      const bool number = !typed.empty() && end && *end == L'\0' && std::isfinite(value);
+      if (!number || !setParam(c.key, c.index, value)) {
+        if (!number) makeMessage(L"\"" + c.field->text() + L"\" is not a number", getPalette());
+        refresh();
+      }
+      return true;
+    }
+  }
   const int up = controlIndex(msg, upMsg), down = controlIndex(msg, downMsg);
   const int index = up >= 0 ? up : down;
   if (index >= 0 && static_cast<std::size_t>(index) < controls_.size()) {

@@ -9,11 +9,15 @@
 #include "host/ui/TextRowsPanel.h"
 
 class PushButton;
+class Slider;
+class TextField;
 
-// The parameters panel of an effect: one row per parameter value, each with
-// a - and a + button. A click changes the value by one step inside one undo
-// step and tells the edit (modification kind 4), so that every view and
-// still of the edit follows. The panel follows its vob: it shows the values
+// The parameters panel of an effect: one row per parameter value (a
+// matte's colours too, red, green and blue each), each with a slider, the
+// value to type, and a - and a + button. A drag let go, a value typed and
+// Return, or a click changes the value inside one undo step and tells the
+// edit (modification kind 4), so that every view and still of the edit
+// follows; a typed text that is no number is refused and said so. The panel follows its vob: it shows the values
 // again after any change (an undo included) and goes when the vob goes.
 class FXHOST_API CompoundEffectPanel : public TextRowsPanel, public VobClient {
 public:
@@ -37,6 +41,8 @@ public:
     std::size_t index = 0; // within the parameter's values
     PushButton* down = nullptr;
     PushButton* up = nullptr;
+    Slider* slider = nullptr;
+    TextField* field = nullptr;
   };
   const std::vector<Control>& controls() const noexcept { return controls_; }
   const IdStamp& getNodeId() const noexcept { return node_; }
@@ -46,6 +52,8 @@ public:
   // False when the effect or the value is gone, or the vob's edit is
   // read-only (which the user is told).
   bool stepParam(const std::string& key, std::size_t index, int steps);
+  // Sets a value as one undo step; the same refusals.
+  bool setParam(const std::string& key, std::size_t index, double value);
 
   bool handleMessageEvent(const LightweightString<char>& msg, Glob* sender) override;
   void handleModifications(const EditModifications& mods, const VobModification& vobMod) override;
@@ -56,6 +64,7 @@ private:
   CompoundEffectPanel(Vob* vob, const IdStamp& node, LightweightString<char> page);
   Ux::Ptr<EffectInstance> effect() const;
   void refresh();
+  void makeControls();
 
   IdStamp node_;
   LightweightString<char> page_;

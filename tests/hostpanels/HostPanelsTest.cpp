@@ -17,6 +17,9 @@
 #include "host/ui/FloatingLogMetadataPanel.h"
 #include "host/ui/MessageBox.h"
 #include "host/ui/PushButton.h"
+#include "host/ui/Slider.h"
+#include "host/ui/TextField.h"
+#include "host/edit/GraphNodeKinds.h"
 #include "tests/support/Program.h"
 #include "tests/support/UiScreen.h"
 
@@ -96,7 +99,7 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
 
   EXPECT_TRUE(click(centreOf(*panel->controls()[0].up)));
   EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 0.55);
-  EXPECT_EQ(panel->rows()[0].value, L"0.55");
+  EXPECT_EQ(panel->controls()[0].field->text(), L"0.55");
   ASSERT_FALSE(listener.heard.empty());
   EXPECT_EQ(listener.heard.back().kind, EditModification::effectParams);
   EXPECT_EQ(listener.heard.back().nodeId, mixId);
@@ -107,7 +110,8 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
   EXPECT_EQ(edit->undoDepth(), 3u);
   ASSERT_TRUE(vob->undo());
   EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 0.5) << "one click, one undo step";
-  EXPECT_EQ(panel->rows()[0].value, L"0.5") << "the panel follows the undo";
+  EXPECT_EQ(panel->controls()[0].field->text(), L"0.5") << "the panel follows the undo";
+  EXPECT_DOUBLE_EQ(panel->controls()[0].slider->value(), 0.5);
 
   EXPECT_EQ(CompoundEffectPanel::create(vob.get(), mix, "params"), panel) << "one panel per effect";
   EditGraphIterator street = at(streetId);
@@ -123,6 +127,80 @@ TEST_F(HostPanels, ParameterButtonsChangeTheEffectAsOneUndoStep) {
   EXPECT_NEAR(box->getY() + box->height() / 2, 300, 1);
   click(centreOf(*box->okButton()));
   EXPECT_EQ(findRoot<MessagePanel>(), nullptr);
+}
+
+TEST_F(HostPanels, ParametersTakeASliderDragAndATypedValueEachAsOneUndoStep) {
+  EditGraphIterator mix = at(mixId);
+  CompoundEffectPanel* panel = CompoundEffectPanel::create(vob.get(), mix, "params");
+  ASSERT_NE(panel, nullptr);
+  const CompoundEffectPanel::Control& c = panel->controls()[0];
+  // Dragged to three quarters of the bar and let go: one step.
+  const XY<int> from = c.slider->screenPos() + XY<int>{c.slider->pixelOf(0.5), c.slider->height() / 2};
+  const XY<int> to = c.slider->screenPos() + XY<int>{c.slider->pixelOf(0.75), c.slider->height() / 2};
+  press(from);
+  moveTo(to);
+  EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 0.5) << "nothing changes until the release";
+  release(to);
+  EXPECT_NEAR(effect(mixId)->param("amount", 0), 0.75, 0.01);
+  EXPECT_EQ(edit->undoDepth(), 1u);
+  // Typed: a press gives the field the keys, Return sets the value.
+  click(centreOf(*panel->controls()[0].field));
+  for (int i = 0; i < 8; ++i) key(Event::keyBackspace);
+  for (const char ch : std::string("1.25")) key(ch);
+  key(Event::keyReturn);
+  EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 1.25);
+  EXPECT_EQ(edit->undoDepth(), 2u);
+  EXPECT_EQ(panel->controls()[0].slider->hi(), 2.0) << "the bar reaches past a value above 1";
+  // Not a number: refused and said, the value as it was.
+  click(centreOf(*panel->controls()[0].field));
+  key('x');
+  key(Event::keyReturn);
+  EXPECT_DOUBLE_EQ(effect(mixId)->param("amount", 0), 1.25);
+  EXPECT_EQ(messagesShown().back(), L"\"1.25x\" is not a number");
+  EXPECT_EQ(panel->controls()[0].field->text(), L"1.25");
+  // Escape puts back what was there.
+  click(centreOf(*panel->controls()[0].field));
+  key('9');
+  key(Event::keyEscape);
+  EXPECT_EQ(panel->controls()[0].field->text(), L"1.25");
+  EXPECT_EQ(edit->undoDepth(), 2u);
+}
+
+TEST(MatteColours, AGradientsTwoColoursAreParametersKeptInRange) {
+  ScopedScreen screen{800, 600};
+  TempFolder folder;
+  EditFile::LoadResult loaded = EditFile::parse(R"({"name": "Sky", "channels": [
+    {"id": "1.0.1", "type": "video", "name": "V1", "cels": [{"start": 0, "end": 10, "graph": "3.0.6"}]}],
+   "nodes": [{"id": "3.0.6", "kind": "background", "name": "Sky", "mode": "gradient",
+              "colour": [0.9, 0.5, 0.2], "colour2": [0.2, 0.4, 0.9]}]})",
+                                                "sky.json", folder.path(""));
+  ASSERT_TRUE(loaded.edit) << loaded.error;
+  Vob vob(loaded.edit);
+  EditGraphIterator at(loaded.edit, 5, IdStamp(3, 0, 6), EditGraphIterator::positionAtNode);
+  CompoundEffectPanel* panel = CompoundEffectPanel::create(&vob, at, "params");
+  ASSERT_NE(panel, nullptr);
+  ASSERT_EQ(panel->controls().size(), 6u) << "red, green and blue of each colour";
+  EXPECT_EQ(panel->rows()[0].label, L"colour red");
+  EXPECT_EQ(panel->rows()[5].label, L"colour 2 blue");
+  EXPECT_TRUE(panel->setParam("colour 2", 2, 0.6));
+  auto* sky = dynamic_cast<ComplexBackgroundEffect*>(loaded.edit->openNode(IdStamp(3, 0, 6)).get());
+  ASSERT_TRUE(sky);
+  EXPECT_DOUBLE_EQ(sky->getColour(0, 1).b, 0.6);
+  EXPECT_TRUE(panel->setParam("colour", 0, 7));
+  EXPECT_DOUBLE_EQ(sky->getColour(0, 0).r, 1.0) << "a colour's part stops at 1";
+  ASSERT_TRUE(vob.undo());
+  sky = dynamic_cast<ComplexBackgroundEffect*>(loaded.edit->openNode(IdStamp(3, 0, 6)).get());
+  ASSERT_TRUE(sky) << "the undone edit's own node";
+  EXPECT_DOUBLE_EQ(sky->getColour(0, 0).r, 0.9);
+  // What is saved loads again.
+  std::string why;
+  ASSERT_TRUE(EditFile::save(loaded.edit, folder.path("sky.json"), why)) << why;
+  EditFile::LoadResult again = EditFile::load(folder.path("sky.json"));
+  ASSERT_TRUE(again.edit) << again.error;
+  again.edit->close();
+  GlobManager::requestDeletion(panel);
+  GlobManager::processDeletions();
+  loaded.edit->close();
 }
 
 TEST_F(HostPanels, ImportedRenderIsAMaterialWhoseFileExistsAndRenders) {
