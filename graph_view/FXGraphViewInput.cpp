@@ -26,12 +26,12 @@
 
 #include "graph_view/FXGraphView.h"
 #include "graph_view/Framing.h"
-#include "graph_view/ViewNotice.h"
-#include "graph_view/ViewStills.h"
 #include "graph_view/HoverHints.h"
 #include "graph_view/KeyboardFocus.h"
 #include "graph_view/Navigator.h"
 #include "graph_view/SearchToAdd.h"
+#include "graph_view/ViewNotice.h"
+#include "graph_view/ViewStills.h"
 #include "host/edit/EffectInstance.h"
 #include "host/edit/FXEditor.h"
 #include "host/edit/GraphNodeKinds.h"
@@ -266,11 +266,11 @@ bool FXGraphView::removeDraggedIFConnection() {
 }
 
 bool FXGraphView::putBackHeldWire() {
-  const std::size_t depth = interaction_.pickUpDepth;
+  const uint64_t revision = interaction_.pickUpRevision;
   endInteraction();
   // A wire taken off its pads goes back by taking its step back, unless
-  // something was done since; a new wire changed nothing.
-  if (depth != 0 && edit_ && edit_->undoDepth() == depth) edit_->withdrawLastStep();
+  // the edit changed since; a new wire changed nothing.
+  if (revision != 0 && edit_ && edit_->revision() == revision) edit_->withdrawLastStep();
   redraw();
   return true;
 }
@@ -359,7 +359,7 @@ void FXGraphView::pickUpWire(FXEditor& editor, const WireEnd& clicked) {
     out.node->disconnectOutput(out.pad);
     structureChanged(edit_);
   }
-  if (far) interaction_.pickUpDepth = edit_->undoDepth();
+  if (far) interaction_.pickUpRevision = edit_->revision();
   interaction_.fixedEnd = held.atInput ? held.node->getInputPos(static_cast<unsigned long>(held.pad))
                                        : held.node->getOutputPos(static_cast<unsigned char>(held.pad));
   interaction_.dragStart = {mouse_get_current_x() - getX(), mouse_get_current_y() - getY()};

@@ -1,4 +1,6 @@
 #pragma once
+#include <cstdint>
+
 #include "graph_nodes/FXGraphViewNode.h"
 #include "graph_view/TimerHold.h"
 #include "host/core/Ptr.h"
@@ -42,10 +44,10 @@ struct Interaction {
   WireEnd held;
   XY<int> fixedEnd;
   XY<int> dragStart;
-  // holdingWire: the edit's undo depth right after taking the wire off its
+  // holdingWire: the edit's revision right after taking the wire off its
   // pad made its step; 0 for a new wire, which changed nothing. Escape
-  // takes that step back while it is still the last.
-  std::size_t pickUpDepth = 0;
+  // takes that step back while the edit is as the pick-up left it.
+  uint64_t pickUpRevision = 0;
   // draggingNode, holdingWire: the timer runs (the wire follows the mouse,
   // the view scrolls at its edges) until the gesture ends.
   TimerHold hold;
