@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "graph_tool/AutoPositionUndo.h"
 #include "graph_tool/GraphItemCommands.h"
 #include "graph_tool/PanelStatus.h"
 #include "graph_tool/UnsavedChanges.h"
@@ -301,7 +302,7 @@ bool FXGraphTool::handleMessageEvent(const LightweightString<char>& msg, Glob* s
     return true;
   }
   if (msg.startsWith("AutoPos ")) {
-    setAutoPosition(msg.substr(8) == "On");
+    autoPositionAsked(msg.substr(8) == "On");
     return true;
   }
   if (msg == "ToggleTemplates") {
@@ -327,7 +328,7 @@ bool FXGraphTool::handleMessageEvent(const LightweightString<char>& msg, Glob* s
     return true;
   }
   if (msg.startsWith(Checkbox::messagePrefix)) {
-    setAutoPosition(autoPosCheckbox_ && autoPosCheckbox_->getState());
+    autoPositionAsked(autoPosCheckbox_ && autoPosCheckbox_->getState());
     return true;
   }
   if (sender && sender == undoButton_) {
@@ -405,6 +406,14 @@ bool FXGraphTool::requestClose() {
     else
       GlobManager::requestDeletion(getRootParent());
   });
+}
+
+void FXGraphTool::autoPositionAsked(bool on) {
+  // Turned on, the layout replaces the hand placings: one undo step puts
+  // them back and turns it off again.
+  const EditPtr edit = getVob() ? getVob()->getEdit() : EditPtr();
+  if (on && view_ && view_->manualPositioning() && edit) edit->makeBackup(AutoPositionUndo::of(edit.get()));
+  setAutoPosition(on);
 }
 
 void FXGraphTool::setAutoPosition(bool on) {

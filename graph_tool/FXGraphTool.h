@@ -93,6 +93,9 @@ public:
   const TemplateMatcher& searchMatcher() const override;
 
   void setAutoPosition(bool on);
+  // The person turned it on or off (check box, message): turning it on is
+  // an undo step.
+  void autoPositionAsked(bool on);
   void updateTidyButton();
   // One multiplicative zoom step: in for zero and positive directions.
   bool handleZoom(int direction);

@@ -17,6 +17,7 @@
 #include "host/edit/EffectInstance.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/MessageBox.h"
+#include "host/ui/Checkbox.h"
 #include "host/ui/PushButton.h"
 #include "tests/support/Program.h"
 #include "tests/support/UiScreen.h"
@@ -211,6 +212,33 @@ TEST(PanelStatusTimecode, CountsFramesAtTheEditsRate) {
   EXPECT_EQ(PanelStatus::timecode(-4, 25).str(), L"00:00:00:00");
   EXPECT_EQ(PanelStatus::timecode(std::nan(""), 0).str(), L"00:00:00:00");
   EXPECT_EQ(PanelStatus::timecode(1e300, 25).str(), L"9999:00:00:00");
+}
+
+} // namespace unsavedtest
+
+namespace unsavedtest {
+
+// Automatic positioning turned on lays out over the hand placings; one undo
+// turns it off again and puts them back.
+TEST_F(Unsaved, TurningAutomaticPositioningOnIsOneUndoStep) {
+  FXGraphView& view = *panel->getView();
+  ASSERT_TRUE(view.manualPositioning());
+  Ux::Ptr<FXGraphViewNode> node = view.findViewRecForNode(pip);
+  const XY<double> placed = node->getPosition() + XY<double>{0.3, -0.2};
+  node->setPosition(placed.x, placed.y, true);
+  EXPECT_TRUE(panel->handleMessageEvent("AutoPos On", nullptr));
+  EXPECT_FALSE(view.manualPositioning());
+  EXPECT_NE(view.findViewRecForNode(pip)->getPosition(), placed) << "laid out again";
+  ASSERT_EQ(edit->undoDepth(), 1u);
+  ASSERT_TRUE(vob->undo());
+  EXPECT_TRUE(view.manualPositioning());
+  EXPECT_FALSE(panel->autoPosCheckbox()->getState());
+  EXPECT_EQ(view.findViewRecForNode(pip)->getPosition(), placed);
+  // Turning it off changes no position: no step.
+  ASSERT_TRUE(vob->redo());
+  EXPECT_FALSE(view.manualPositioning());
+  EXPECT_TRUE(panel->handleMessageEvent("AutoPos Off", nullptr));
+  EXPECT_EQ(edit->undoDepth(), 1u);
 }
 
 } // namespace unsavedtest
