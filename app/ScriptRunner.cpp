@@ -128,11 +128,13 @@ Glob* ScriptRunner::panelWidget(const std::string& name) const {
   if (name == "orientation") return p->orientationMenu();
   if (name == "view") return p->getView();
   if (name == "templatesList") return p->getTemplatesList();
+  // The frame's close box: it asks before closing what is not saved.
+  if (name == "close") return p->getTitleWidget(1);
   return nullptr;
 }
 
 std::string ScriptRunner::widgetNames() const {
-  return "ToggleTemplates, TidyNodes, undoBtn, redoBtn, autoPos, orientation, view, templatesList";
+  return "ToggleTemplates, TidyNodes, undoBtn, redoBtn, autoPos, orientation, view, templatesList, close";
 }
 
 std::string ScriptRunner::widgetMessage(Glob* widget) const {

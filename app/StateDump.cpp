@@ -113,7 +113,8 @@ json panelJson(const FXGraphTool& panel) {
                   {"autoPos", screenBox(panel.autoPosCheckbox())},
                   {"orientation", screenBox(panel.orientationMenu())},
                   {"view", screenBox(view)},
-                  {"templatesList", screenBox(panel.getTemplatesList())}};
+                  {"templatesList", screenBox(panel.getTemplatesList())},
+                  {"close", screenBox(panel.getTitleWidget(1))}};
   json templates = nullptr;
   if (DDVideoEffectsList* list = panel.getTemplatesList()) {
     templates = json::array();

@@ -3,6 +3,7 @@
 // kept across a restart; the keyboard, hovering and the pads offered to a
 // dangling wire.
 #include <algorithm>
+#include <fstream>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -399,6 +400,44 @@ TEST_F(PanelScript, TheOfferedPadsAreThoseWhereAClickConnects) {
     EXPECT_GT(offered, 1);
     EXPECT_GT(tried, offered) << "its own pad refuses the wire";
   }
+}
+
+} // namespace
+
+namespace {
+
+// The close box through real events: with unsaved changes it asks, and
+// each answer leaves the files as it says.
+TEST_F(PanelScript, TheCloseBoxAsksAndTheAnswerDecidesWhatIsOnDisk) {
+  const auto contents = [&] {
+    std::ifstream in(edit, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  const std::string before = contents();
+  run("button close");
+  EXPECT_TRUE(dump()["panel"].is_null()) << "nothing unsaved: it closes at once";
+  run("reopen");
+  run("node-click 2.0.2");
+  EXPECT_TRUE(dump()["panel"]["unsaved"]);
+  run("button close");
+  json d = dump();
+  ASSERT_FALSE(d["panel"].is_null()) << "it asks first";
+  EXPECT_EQ(d["popups"].back()["type"], "QuestionPanel");
+  EXPECT_EQ(d["messages"].back(), "Save the changes to \"Promo\" before closing?");
+  run("key Escape");
+  EXPECT_FALSE(dump()["panel"].is_null()) << "Cancel";
+  run("button close");
+  run("key d");
+  EXPECT_TRUE(dump()["panel"].is_null()) << "Discard";
+  EXPECT_EQ(contents(), before);
+  run("reopen");
+  run("node-click 2.0.2");
+  run("button close");
+  run("key s");
+  EXPECT_TRUE(dump()["panel"].is_null()) << "Save";
+  EXPECT_NE(contents(), before);
+  run("reopen");
+  EXPECT_FALSE(node(dump(), "2.0.2")["active"]) << "the switch was saved";
 }
 
 } // namespace
