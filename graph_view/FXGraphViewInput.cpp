@@ -114,11 +114,12 @@ void FXGraphView::pressLeft(const Event& e) {
         if (handleInputClicked(node, index)) return;
         break;
       case FXGraphViewNode::eBody: {
+        // A wire held is let go as the node is taken. That changes the
+        // edit, and the list is made again: the node is taken from the new one.
+        if (removeDraggedIFConnection() && !(node = findViewRecForNode(node->getNodeID()))) return;
         double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
         graphToViewSpace(node->getL(), node->getB(), x0, y0);
         graphToViewSpace(node->getR(), node->getT(), x1, y1);
-        // A wire held is let go as the node is taken.
-        removeDraggedIFConnection();
         interaction_ = Interaction();
         interaction_.kind = Interaction::draggingNode;
         interaction_.grab = {static_cast<int>(e.position.x - (x0 + x1) / 2),
@@ -153,16 +154,19 @@ void FXGraphView::releaseMovedNode(const Event& e) {
 }
 
 void FXGraphView::dragMovedNode(const Event& e) {
+  // The drag is one undo step: where everything was when it began. Taking
+  // it lets go of what the history dropped, which may rebuild the list and
+  // so end the drag.
+  if (!interaction_.stepMade && edit_) {
+    interaction_.stepMade = true;
+    edit_->makeBackup();
+    if (!movedNode()) return;
+  }
   const Ux::Ptr<FXGraphViewNode> moved = interaction_.moved;
   if (mouseInAutoScrollArea()) setAutoScrollState(true);
   XY<double> p = viewToGraphSpace(XY<double>(e.position.x - interaction_.grab.x, e.position.y - interaction_.grab.y));
   constrainToCanvas(p);
   const bool wholeGraph = (keyboardModifiers() & Event::controlHeld) && manualPositioning();
-  // The drag is one undo step: where everything was when it began.
-  if (!interaction_.stepMade && edit_) {
-    edit_->makeBackup();
-    interaction_.stepMade = true;
-  }
   // One node moved alone changes only what it and its wires cover, before
   // and after: just that is drawn again.
   const PixelBox before = wholeGraph ? PixelBox() : damageOf(*moved);

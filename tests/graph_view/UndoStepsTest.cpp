@@ -209,3 +209,23 @@ TEST_P(UndoSteps, UndoingADropBringsBackHandPlacings) {
 }
 
 } // namespace undosteps
+
+namespace undosteps {
+
+// A press on a node while a wire is held lets the wire go, which makes the
+// list again; the drag goes on with the node of the new list.
+TEST_P(UndoSteps, ANodeTakenWhileAWireIsHeldIsTheOneOnScreen) {
+  click(pads.in(mix, 0));
+  ASSERT_TRUE(view.dragAnchor());
+  const XY<double> before = pads.node(pip)->getPosition();
+  const XY<int> grab = pads.body(pip);
+  press(grab);
+  EXPECT_FALSE(view.dragAnchor());
+  ASSERT_TRUE(view.movedNode());
+  EXPECT_EQ(view.movedNode(), pads.node(pip)) << "the node of the list as it now is";
+  moveTo(grab + XY<int>{30, 20});
+  release(grab + XY<int>{30, 20});
+  EXPECT_NE(pads.node(pip)->getPosition(), before);
+}
+
+} // namespace undosteps
