@@ -255,9 +255,10 @@ json dumpState(const Session& session) {
   // Why the last thing asked for was not done, while the view says so.
   doc["notice"] = view->notice().text().empty() ? json(nullptr) : json(toUTF8(view->notice().text()).str());
   Glob::PixelBox navigator, framed;
-  doc["navigator"] = view->navigator().geometry(navigator, framed)
-                         ? json{{"pixels", box(navigator)}, {"window", box(framed)}, {"nodes", view->navigator().nodeBoxes()}}
-                         : json(nullptr);
+  doc["navigator"] =
+      view->navigator().geometry(navigator, framed)
+          ? json{{"pixels", box(navigator)}, {"window", box(framed)}, {"nodes", view->navigator().nodeBoxes()}}
+          : json(nullptr);
   if (const SearchToAdd::Search* search = view->searchField().search()) {
     json results = json::array();
     for (const EffectTemplateSummary& t : search->results) results.push_back(toUTF8(t.name).str());

@@ -114,7 +114,8 @@ public:
     if (!asked_) return true;
     if (FXGraphTool::allPanels_.empty()) return false;
     bool asking = false;
-    for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>()) asking = asking || tool->unsavedChanges().asking();
+    for (FXGraphTool* tool : FXGraphTool::allPanels_.as<FXGraphTool>())
+      asking = asking || tool->unsavedChanges().asking();
     if (!asking) asked_ = false;
     return true;
   }
@@ -184,8 +185,7 @@ bool translate(const SDL_Event& e) {
     if (e.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) {
       GlobManager::resizeScreen(e.window.data1, e.window.data2);
       fillWindow();
-    }
-    else if (e.window.event == SDL_WINDOWEVENT_EXPOSED)
+    } else if (e.window.event == SDL_WINDOWEVENT_EXPOSED)
       GlobManager::invalidate();
     break;
   default:

@@ -370,8 +370,7 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
     if (!getVob()) return false;
     if (e.key == 's') {
       if (unsaved_->save() && status_) status_->refresh();
-    }
-    else if (e.key == 'z')
+    } else if (e.key == 'z')
       getVob()->undoRequest();
     else if (e.key == 'y')
       getVob()->redoRequest();

@@ -8,6 +8,8 @@
 //   size and layout ........... calcSize, getUserArea, calcMainViewSize, resize
 //   commands .................. handleMessageEvent, setAutoPosition, handleZoom
 //   saved state ............... dump, load
+#include <memory>
+
 #include "GrphToolApi.h"
 #include "graph_tool/DDVideoEffectsList.h"
 #include "graph_view/FXGraphView.h"
@@ -17,8 +19,6 @@
 #include "host/edit/EditGraphIterator.h"
 #include "host/edit/Vob.h"
 #include "host/ui/StandardPanel.h"
-
-#include <memory>
 
 class Checkbox;
 class DropDownMenuButton;

@@ -1,7 +1,7 @@
 #include "graph_tool/PanelStatus.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "host/edit/Vob.h"

@@ -43,13 +43,13 @@ bool UnsavedChanges::closeWhenSafe(std::function<void()> close) {
   LightweightString<wchar_t> text = L"Save the changes to \"";
   text += edit->getName();
   text += L"\" before closing?";
-  question_ = askQuestion(text,
-                          {L"Save", L"Discard", L"Cancel"},
-                          [this, close](int answer) {
-                            question_ = nullptr;
-                            if (answer == discardAnswer || (answer == saveAnswer && save())) close();
-                          },
-                          palette_);
+  question_ = askQuestion(
+      text, {L"Save", L"Discard", L"Cancel"},
+      [this, close](int answer) {
+        question_ = nullptr;
+        if (answer == discardAnswer || (answer == saveAnswer && save())) close();
+      },
+      palette_);
   // Without a screen to ask on, nothing is closed unasked either.
   return true;
 }

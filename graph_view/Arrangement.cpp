@@ -30,14 +30,16 @@ void Arrangement::apply(FXGraphView& view) {
   }
   std::vector<int> roots;
   for (const IdStamp& id : view.getRoots())
-    if (const auto it = view.nodeIndex_.find(id); it != view.nodeIndex_.end()) roots.push_back(static_cast<int>(it->second));
+    if (const auto it = view.nodeIndex_.find(id); it != view.nodeIndex_.end())
+      roots.push_back(static_cast<int>(it->second));
   // The first root's box stays where it is.
   const bool leftToRight = view.getOrientation() == VidRouting::Orientations::LeftToRight;
   const FXGraphViewNode& first = *nodes[roots.empty() ? 0 : static_cast<std::size_t>(roots.front())];
   const XY<double> origin =
       leftToRight ? XY<double>(first.getR(), first.getT()) : XY<double>(first.getL(), first.getT());
-  const std::vector<XY<double>> places = FXGraphArranger::arrange(
-      graph, roots, leftToRight ? FXGraphArranger::leftToRight : FXGraphArranger::bottomToTop, FXGraphView::layoutGap, origin);
+  const std::vector<XY<double>> places =
+      FXGraphArranger::arrange(graph, roots, leftToRight ? FXGraphArranger::leftToRight : FXGraphArranger::bottomToTop,
+                               FXGraphView::layoutGap, origin);
 
   const bool byHand = view.manualPositioning();
   // One undo step, which keeps every position as it was (the edit's

@@ -6,8 +6,8 @@
 
 #include "graph_view/TemplateDrops.h"
 #include "graph_view/TemplateSearch.h"
-#include "graph_view/ViewNotice.h"
 #include "graph_view/ViewHost.h"
+#include "graph_view/ViewNotice.h"
 #include "host/render/EffectTemplateManager.h"
 
 namespace {
@@ -42,7 +42,8 @@ bool SearchToAdd::open(const std::wstring& text) {
   }
   // Else a wire under the mouse, else the node in focus.
   const IdStamp focus = view_.keyboardFocus();
-  if (!search_.target.valid() && !view_.drops().wireAt(mouse, search_.wire) && focus.valid() && view_.findViewRecForNode(focus))
+  if (!search_.target.valid() && !view_.drops().wireAt(mouse, search_.wire) && focus.valid() &&
+      view_.findViewRecForNode(focus))
     search_.target = focus;
   updateResults();
   view_.redraw();
@@ -79,7 +80,8 @@ struct SearchToAdd::Templates {
 void SearchToAdd::updateResults() {
   // The panel says which templates are on offer; a view on its own offers all.
   static const TemplateMatcher everything;
-  if (!search_.templates) search_.templates = Templates::gather(view_.host_ ? view_.host_->searchMatcher() : everything);
+  if (!search_.templates)
+    search_.templates = Templates::gather(view_.host_ ? view_.host_->searchMatcher() : everything);
   search_.results.clear();
   for (std::size_t i : search_.templates->catalogue.rank(search_.query))
     search_.results.push_back(search_.templates->all[i]);
@@ -173,17 +175,19 @@ void SearchToAdd::draw() {
   // scrolls so that the chosen one shows.
   int y = box.y1 - 2 - rowHeight;
   const std::wstring prompt = L"Add: " + search_.query + L"_";
-  view_.drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt), view_.getPalette().text(), {});
+  view_.drawText({box.x0 + 6, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(prompt),
+                 view_.getPalette().text(), {});
   if (search_.full) {
     y -= rowHeight;
-    view_.drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight},
-             LightweightString<wchar_t>(L"The search takes " + std::to_wstring(longestQuery) + L" characters at most"),
-             view_.getPalette().text(), {});
+    view_.drawText(
+        {box.x0 + 12, y, box.x1 - 6, y + rowHeight},
+        LightweightString<wchar_t>(L"The search takes " + std::to_wstring(longestQuery) + L" characters at most"),
+        view_.getPalette().text(), {});
   }
   if (search_.results.empty()) {
     y -= rowHeight;
     view_.drawText({box.x0 + 12, y, box.x1 - 6, y + rowHeight}, LightweightString<wchar_t>(L"No effect matches"),
-             view_.getPalette().text(), {});
+                   view_.getPalette().text(), {});
     return;
   }
   const int first = std::max(0, search_.chosen - shownRows + 1);
@@ -196,6 +200,6 @@ void SearchToAdd::draw() {
       r.addModifiedArea(row);
     }
     view_.drawText({row.x0 + 10, row.y0, row.x1 - 4, row.y1}, search_.results[static_cast<std::size_t>(i)].name,
-             i == search_.chosen ? Colour(1, 1, 1) : view_.getPalette().text(), {});
+                   i == search_.chosen ? Colour(1, 1, 1) : view_.getPalette().text(), {});
   }
 }

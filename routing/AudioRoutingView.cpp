@@ -5,8 +5,8 @@
 #include "host/edit/EditGraphIterator.h"
 #include "host/edit/EditInfo.h"
 #include "host/ui/EffectMenuItems.h"
-#include "host/ui/Glob.h"
 #include "host/ui/Event.h"
+#include "host/ui/Glob.h"
 
 AudioRoutingView::AudioRoutingView(const InitArgs& args)
     : StandardPanel(args), monitor_(args.monitor), singleRow_(args.singleRow) {

@@ -35,9 +35,7 @@ std::wstring valueText(double v) {
 }
 
 // A slider's ends: 0 to 1, widened to whole numbers round a value beyond.
-std::pair<double, double> rangeFor(double v) {
-  return {std::min(0.0, std::floor(v)), std::max(1.0, std::ceil(v))};
-}
+std::pair<double, double> rangeFor(double v) { return {std::min(0.0, std::floor(v)), std::max(1.0, std::ceil(v))}; }
 
 // The control index after a button message's prefix, or -1.
 int controlIndex(const LightweightString<char>& msg, std::string_view prefix) {
@@ -117,8 +115,9 @@ void CompoundEffectPanel::refresh() {
     const bool colour = key == GenericParam::colourKey || key == GenericParam::secondColourKey;
     for (std::size_t i = 0; i < values.size(); ++i) {
       static const char* const parts[] = {" red", " green", " blue"};
-      const std::string label =
-          colour && i < 3 ? key + parts[i] : values.size() > 1 ? key + " " + std::to_string(i + 1) : key;
+      const std::string label = colour && i < 3     ? key + parts[i]
+                                : values.size() > 1 ? key + " " + std::to_string(i + 1)
+                                                    : key;
       rows.push_back({toWide(label), {}, false});
       wanted.push_back({key, i});
       shown.push_back(values[i]);
