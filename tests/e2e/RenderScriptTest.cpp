@@ -120,8 +120,7 @@ TEST(RenderScript, WheelZoomsAndDraggingEmptyCanvasPans) {
   // In three steps and out two, from where the run began (a run starts at
   // the zoom the last one left).
   const std::string before = r.folder.path("before.json"), in = r.folder.path("in.json");
-  const json zoomed =
-      r.run("move " + middle + "\ndump " + before + "\nwheel 3\ndump " + in + "\nwheel -2\n");
+  const json zoomed = r.run("move " + middle + "\ndump " + before + "\nwheel 3\ndump " + in + "\nwheel -2\n");
   const double z0 = readJson(before)["view"]["zoom"], z1 = readJson(in)["view"]["zoom"];
   EXPECT_NEAR(z1, std::min(1.0, z0 + 0.3), 1e-12);
   EXPECT_NEAR(zoomed["view"]["zoom"].get<double>(), z1 - 0.2, 1e-12);

@@ -1,6 +1,8 @@
 // Saving from the panel and the question before it closes, through real
 // events: ctrl+S, the close box, and each answer with what it leaves on disk;
 // the status line's time and its unsaved mark.
+#include "graph_tool/UnsavedChanges.h"
+
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -10,14 +12,13 @@
 
 #include "graph_tool/FXGraphTool.h"
 #include "graph_tool/PanelStatus.h"
-#include "graph_tool/UnsavedChanges.h"
 #include "host/config/EditorPreferences.h"
 #include "host/edit/EditFile.h"
 #include "host/edit/EditSaving.h"
 #include "host/edit/EffectInstance.h"
+#include "host/ui/Checkbox.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/MessageBox.h"
-#include "host/ui/Checkbox.h"
 #include "host/ui/PushButton.h"
 #include "tests/support/Program.h"
 #include "tests/support/UiScreen.h"

@@ -323,10 +323,7 @@ TEST_F(ConnectionEditing, AReadOnlyVobIsNeverEdited) {
 }
 
 TEST_F(ConnectionEditing, ATemplateDroppedOnANodeIsLaidOverItInOneUndoStep) {
-  EffectTemplateSummary blur;
-  blur.name = L"Blur";
-  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
-  blur.numInputs = 1;
+  const EffectTemplateSummary blur = viewtest::blurTemplate();
   const EffectTemplateDragItem item(blur);
   auto centreOf = [&](const IdStamp& id) {
     view.redraw();

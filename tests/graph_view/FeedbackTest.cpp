@@ -38,10 +38,7 @@ protected:
 };
 
 TEST_F(Feedback, ADraggedTemplateLightsTheWireItWouldGoInto) {
-  EffectTemplateSummary blur;
-  blur.name = L"Blur";
-  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
-  blur.numInputs = 1;
+  const EffectTemplateSummary blur = viewtest::blurTemplate();
   const EffectTemplateDragItem item(blur);
   EXPECT_FALSE(litWireDrawn());
   view.dragHover(&item, onWire());

@@ -2,9 +2,10 @@
 // whole graph both ways, clear of the preview, in both orientations; Tidy
 // and Arrange leave the focused node where it was on the screen; "v" shows
 // and hides the preview, which never hides a node.
+#include "graph_view/Framing.h"
+
 #include <gtest/gtest.h>
 
-#include "graph_view/Framing.h"
 #include "graph_view/KeyboardFocus.h"
 #include "graph_view/ViewStills.h"
 #include "host/config/EditorPreferences.h"
@@ -125,11 +126,6 @@ TEST_P(Framed, VShowsAndHidesThePreviewAndItIsKept) {
   EXPECT_TRUE(prefs().getPreference(ViewStills::preference, false));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothWays, Framed,
-                         ::testing::Values(VidRouting::Orientations::LeftToRight,
-                                           VidRouting::Orientations::BottomToTop),
-                         [](const auto& way) {
-                           return way.param == VidRouting::Orientations::LeftToRight ? "LeftToRight" : "BottomToTop";
-                         });
+INSTANTIATE_TEST_SUITE_P(BothWays, Framed, viewtest::bothOrientations(), viewtest::orientationName);
 
 } // namespace framingtest

@@ -95,11 +95,6 @@ TEST_P(Readable, TheTooltipKeepsInsideOffTheMouseAndGoesWhenTheViewMoves) {
   EXPECT_FALSE(view.hints().tooltipShowing()) << "the view moved";
 }
 
-INSTANTIATE_TEST_SUITE_P(BothWays, Readable,
-                         ::testing::Values(VidRouting::Orientations::LeftToRight,
-                                           VidRouting::Orientations::BottomToTop),
-                         [](const auto& way) {
-                           return way.param == VidRouting::Orientations::LeftToRight ? "LeftToRight" : "BottomToTop";
-                         });
+INSTANTIATE_TEST_SUITE_P(BothWays, Readable, viewtest::bothOrientations(), viewtest::orientationName);
 
 } // namespace readabletest

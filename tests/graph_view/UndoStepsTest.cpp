@@ -17,19 +17,9 @@ using testsupport::moveTo;
 using testsupport::press;
 using testsupport::release;
 
-const IdStamp s1(3, 0, 1), s2(3, 0, 2), s3(3, 0, 3);
-const IdStamp mix(2, 0, 1), pip(2, 0, 2);
-
 // V1: mix(s1, s2); V2: pip(s3, a free input).
-EditPtr twoGraphs() {
-  testsupport::EditBuilder e;
-  for (const IdStamp& m : {s1, s2, s3}) e.material(m);
-  e.effect(mix, "mix", {s1, s2});
-  e.effect(pip, "pip", {s3, IdStamp()});
-  e.channel(IdStamp(1, 0, 1), L"V1", mix);
-  e.channel(IdStamp(1, 0, 2), L"V2", pip);
-  return e.edit();
-}
+const IdStamp &s1 = viewtest::left, &s2 = viewtest::right, &s3 = viewtest::otherSource;
+const IdStamp &mix = viewtest::head, &pip = viewtest::other;
 
 // What an undo step must bring back: every stored position (draw, by hand,
 // and whether by hand), every effect's wires and switch.
@@ -42,7 +32,7 @@ struct State {
 
 class UndoSteps : public ::testing::TestWithParam<VidRouting::Orientations::Orientation> {
 protected:
-  testsupport::ViewFixture fx{twoGraphs(), {640, 480}};
+  testsupport::ViewFixture fx{viewtest::twoTrees(), {640, 480}};
   FXGraphView& view = fx.view();
   EditPtr edit = view.getEdit();
   viewtest::Pads pads{view};
@@ -176,12 +166,7 @@ TEST_P(UndoSteps, TheViewStaysPutThroughWiresAndUndo) {
   EXPECT_EQ(where(), before) << "undo";
 }
 
-INSTANTIATE_TEST_SUITE_P(BothWays, UndoSteps,
-                         ::testing::Values(VidRouting::Orientations::LeftToRight,
-                                           VidRouting::Orientations::BottomToTop),
-                         [](const auto& way) {
-                           return way.param == VidRouting::Orientations::LeftToRight ? "LeftToRight" : "BottomToTop";
-                         });
+INSTANTIATE_TEST_SUITE_P(BothWays, UndoSteps, viewtest::bothOrientations(), viewtest::orientationName);
 
 } // namespace undosteps
 
@@ -192,10 +177,7 @@ namespace undosteps {
 TEST_P(UndoSteps, UndoingADropBringsBackHandPlacings) {
   drag(s3, {25, -20});
   const State placed = state();
-  EffectTemplateSummary blur;
-  blur.name = L"Blur";
-  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
-  blur.numInputs = 1;
+  const EffectTemplateSummary blur = viewtest::blurTemplate();
   ASSERT_TRUE(view.insertTemplateAbove(blur, s1));
   ASSERT_EQ(edit->undoDepth(), 2u);
   ASSERT_TRUE(fx.vob().undo());

@@ -2,11 +2,13 @@
 // Screen pixels of a graph view's pads and bodies, and the primitives of one
 // frame of the view.
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "graph_view/FXGraphView.h"
+#include "host/render/EffectTemplateSummary.h"
 #include "host/ui/GlobManager.h"
 #include "tests/support/TestEdit.h"
 #include "tests/support/UiScreen.h"
@@ -29,6 +31,23 @@ inline EditPtr twoTrees(testsupport::EditBuilder b = {}) {
   b.channel(IdStamp(1, 0, 1), L"V1", head);
   b.channel(IdStamp(1, 0, 2), L"V2", other);
   return b.edit();
+}
+
+// The host's blur template, as the templates list offers it.
+inline EffectTemplateSummary blurTemplate() {
+  EffectTemplateSummary blur;
+  blur.name = L"Blur";
+  blur.tagTypeId = "PixShader:Blur:gaussian.fx";
+  blur.numInputs = 1;
+  return blur;
+}
+
+// Both orientations, for geometry tests, named in the test names.
+inline auto bothOrientations() {
+  return ::testing::Values(VidRouting::Orientations::LeftToRight, VidRouting::Orientations::BottomToTop);
+}
+inline std::string orientationName(const ::testing::TestParamInfo<VidRouting::Orientations::Orientation>& way) {
+  return way.param == VidRouting::Orientations::LeftToRight ? "LeftToRight" : "BottomToTop";
 }
 
 // The whole graph, centred, at 8 x maxNodeSize pixels a graph unit, drawn

@@ -6,6 +6,7 @@
 
 #include "host/config/Resources.h"
 #include "host/edit/EditFile.h"
+#include "host/edit/GraphNodeKinds.h"
 #include "host/edit/PopOutInfo.h"
 #include "host/edit/ProjectDatabase.h"
 #include "host/render/UtrImporter.h"
@@ -19,7 +20,6 @@
 #include "host/ui/PushButton.h"
 #include "host/ui/Slider.h"
 #include "host/ui/TextField.h"
-#include "host/edit/GraphNodeKinds.h"
 #include "tests/support/Program.h"
 #include "tests/support/UiScreen.h"
 

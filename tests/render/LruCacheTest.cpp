@@ -1,10 +1,10 @@
 // The cache under the stills, node pictures and picture files: what goes
 // first when it is full, and what it refuses.
+#include "host/render/LruCache.h"
+
 #include <string>
 
 #include <gtest/gtest.h>
-
-#include "host/render/LruCache.h"
 
 TEST(LruCache, TheLeastRecentlyUsedGoFirstByBytesOrByCount) {
   LruCache<int, std::string> cache(100, 3);

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "graph_view/ViewStills.h"
-
 #include "host/config/EditorPreferences.h"
 #include "host/ui/GlobManager.h"
 
