@@ -208,6 +208,7 @@ public:
       readNodes(*edit);
       readChannels(*edit);
       checkInputs(*edit);
+      placeMedia(*edit);
       keepUnknownFields(*edit);
       // Any other JSON document (an interchange timeline, a layout, a dump)
       // is not opened as an empty edit; what is wrong with one that tries
@@ -302,26 +303,33 @@ private:
       for (const char* field : {"inputs", "inputNames"})
         if (n.contains(field) && !(n[field].is_array() && n[field].empty()))
           refuse(at + "/" + field, "a material has no inputs");
-      if (!n.contains("media") || !n["media"].is_object() || n["media"].size() != 1)
-        refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
+      static const char* mediaForms =
+          "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...} (with \"in\", \"at\" and "
+          "\"speed\" if wanted), {\"tone\": ...}";
+      if (!n.contains("media") || !n["media"].is_object() || n["media"].empty()) refuse(at + "/media", mediaForms);
       const json& mediaField = n["media"];
       const std::string mediaKind = mediaField.begin().key();
       const json& value = mediaField.begin().value();
+      // Only a file has more to say than its source: where it lies in the edit.
+      if (mediaField.size() != 1 && !mediaField.contains("file")) refuse(at + "/media", mediaForms);
       MaterialUsageNode::Media media;
       std::string source;
+      MediaPlacement placement;
       if (mediaKind == "testcard" && value.is_string()) {
         media = MaterialUsageNode::Media::testCard;
         source = value.get<std::string>();
-      } else if (mediaKind == "file" && value.is_string()) {
+      } else if (mediaField.contains("file")) {
         media = MaterialUsageNode::Media::file;
-        source = value.get<std::string>();
+        source = text(mediaField, at + "/media", "file", true);
+        placement = readPlacement(mediaField, at + "/media");
       } else if (mediaKind == "tone" && value.is_number()) {
         media = MaterialUsageNode::Media::tone;
         source = std::to_string(value.get<double>());
       } else {
-        refuse(at + "/media", "a material's \"media\" is one of {\"testcard\": ...}, {\"file\": ...}, {\"tone\": ...}");
+        refuse(at + "/media", mediaForms);
       }
       Ux::Ptr<MaterialUsageNode> m(new MaterialUsageNode(nodeId, name, media, source, type));
+      m->setPlacement(placement);
       m->setMaterialCookie(n.contains("cookie") ? readCookie(n["cookie"], at + "/cookie")
                                                 : Cookie::generate(Cookie::materialKind));
       // The project database knows every shot an edit uses.
@@ -361,6 +369,58 @@ private:
     }
     readEffectFields(*effect, n, at, kind == "alias");
     return effect;
+  }
+
+  static MediaPlacement readPlacement(const json& media, const std::string& at) {
+    for (const auto& [key, unused] : media.items())
+      if (key != "file" && key != "in" && key != "at" && key != "speed")
+        refuse(at + "/" + key, "a file's media has \"file\", \"in\", \"at\" and \"speed\" only");
+    MediaPlacement p;
+    if (media.contains("in")) p.in = number(media["in"], at + "/in");
+    if (media.contains("at")) {
+      p.at = number(media["at"], at + "/at");
+      p.placed = true;
+    }
+    if (media.contains("speed")) p.speed = number(media["speed"], at + "/speed");
+    if (p.in < 0) refuse(at + "/in", "a time in the media is 0 or more");
+    if (std::abs(p.speed) > 1000) refuse(at + "/speed", "the speed is at most 1000 times either way");
+    return p;
+  }
+
+  // A file material that does not say where its media lies starts it with
+  // the first cel that shows it: each material is claimed by the earliest
+  // cel whose graph reaches it.
+  void placeMedia(Edit& edit) const {
+    bool unplaced = false;
+    for (const auto& node : edit.allNodes())
+      if (const auto* m = dynamic_cast<const MaterialUsageNode*>(node.get()))
+        unplaced = unplaced || (m->getMedia() == MaterialUsageNode::Media::file && !m->placement().placed);
+    if (!unplaced) return;
+    std::vector<const Cel*> cels;
+    for (int i = 0; i < edit.getNumChans(); ++i)
+      for (const Cel& cel : edit.getChan(i).cels)
+        if (cel.kind != Cel::Kind::black) cels.push_back(&cel);
+    std::stable_sort(cels.begin(), cels.end(), [](const Cel* a, const Cel* b) { return a->start < b->start; });
+    std::set<IdStamp> met;
+    for (const Cel* cel : cels) {
+      std::vector<IdStamp> todo{cel->ref};
+      while (!todo.empty()) {
+        const IdStamp id = todo.back();
+        todo.pop_back();
+        if (!met.insert(id).second) continue;
+        const Ux::Ptr<FXGraphNodeBase> node = edit.openNode(id);
+        if (!node) continue;
+        if (auto* m = dynamic_cast<MaterialUsageNode*>(node.get())) {
+          if (m->getMedia() == MaterialUsageNode::Media::file && !m->placement().placed) {
+            MediaPlacement p = m->placement();
+            p.at = cel->start;
+            m->setPlacement(p);
+          }
+          continue;
+        }
+        for (unsigned i = 0; i < node->getNumInputs(); ++i) todo.push_back(node->getInputTrackId(i));
+      }
+    }
   }
 
   void readEffectFields(EffectInstance& e, const json& n, const std::string& at, bool alias) {
@@ -719,9 +779,16 @@ nlohmann::ordered_json nodeJson(const FXGraphNodeBase& node) {
     case MaterialUsageNode::Media::testCard:
       n["media"] = {{"testcard", source}};
       break;
-    case MaterialUsageNode::Media::file:
+    case MaterialUsageNode::Media::file: {
+      // Where the media lies is written only when the file said it, so
+      // that an edit keeps placing its media by its first cel.
+      const MediaPlacement& p = m->placement();
       n["media"] = {{"file", source}};
+      if (p.in != 0) n["media"]["in"] = p.in;
+      if (p.placed) n["media"]["at"] = p.at;
+      if (p.speed != 1) n["media"]["speed"] = p.speed;
       break;
+    }
     case MaterialUsageNode::Media::tone:
       n["media"] = {{"tone", std::strtod(source.c_str(), nullptr)}};
       break;

@@ -3,6 +3,7 @@
 #include "host/core/Colour.h"
 #include "host/core/Cookie.h"
 #include "host/edit/EffectInstance.h"
+#include "host/edit/MediaPlacement.h"
 
 // A source material used in the edit: a generated test card or tone, or a
 // picture file. Materials are edits of their own in a real editor; here one
@@ -35,6 +36,12 @@ public:
     kind_ = k;
     countChange();
   }
+  // Where a file's media lies in the edit (file materials only).
+  const MediaPlacement& placement() const noexcept { return placement_; }
+  void setPlacement(const MediaPlacement& p) {
+    placement_ = p;
+    countChange();
+  }
   // Whether it is a plain source (not a nested edit): every material here is.
   bool isPlainMaterial() const noexcept { return true; }
 
@@ -46,6 +53,7 @@ private:
   LightweightString<char> source_;
   Cookie cookie_;
   Kind kind_;
+  MediaPlacement placement_;
 };
 
 // An imported still image: an effect without inputs that shows a picture file.

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include <cairo.h>
+#include <pango/pangocairo.h>
 
 namespace Render::Pixels {
 namespace {
@@ -98,6 +99,48 @@ Image fitted(const Image& picture, int w, int h, double aspect, const ARCSetting
   const double ph = fullWidth ? h * aspect / pictureAspect : h;
   paste(*frame, *picture, (w - pw) / 2, (h - ph) / 2, pw, ph);
   return frame;
+}
+
+Image offline(const std::string& name, int w, int h) {
+  Image image(new UxImage(w, h));
+  image->fill(Colour(0.22, 0.06, 0.07));
+  cairo_surface_t* surface = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(image->data()),
+                                                                 CAIRO_FORMAT_ARGB32, w, h, image->stride());
+  cairo_t* cr = cairo_create(surface);
+  // Stripes along the edges, so that the card is not taken for a dark frame.
+  cairo_set_source_rgb(cr, 0.55, 0.12, 0.12);
+  cairo_set_line_width(cr, std::max(2.0, h / 30.0));
+  cairo_rectangle(cr, 0, 0, w, h);
+  cairo_stroke(cr);
+  // The file's name without its folders, which would crowd the card.
+  const auto slash = name.find_last_of('/');
+  const std::string shown = slash == std::string::npos ? name : name.substr(slash + 1);
+  const struct {
+    const char* text;
+    double size, y;
+  } lines[] = {{"Media offline", h / 8.0, 0.42}, {shown.c_str(), h / 16.0, 0.62}};
+  for (const auto& line : lines) {
+    if (!*line.text || line.size < 3) continue;
+    PangoLayout* layout = pango_cairo_create_layout(cr);
+    PangoFontDescription* font = pango_font_description_from_string("Sans Bold");
+    pango_font_description_set_absolute_size(font, line.size * PANGO_SCALE);
+    pango_layout_set_font_description(layout, font);
+    pango_font_description_free(font);
+    pango_layout_set_text(layout, line.text, -1);
+    pango_layout_set_width(layout, static_cast<int>(w * 0.9 * PANGO_SCALE));
+    pango_layout_set_ellipsize(layout, PANGO_ELLIPSIZE_MIDDLE);
+    pango_layout_set_alignment(layout, PANGO_ALIGN_CENTER);
+    int lw = 0, lh = 0;
+    pango_layout_get_pixel_size(layout, &lw, &lh);
+    cairo_set_source_rgb(cr, 1, 0.92, 0.9);
+    cairo_move_to(cr, w * 0.05, h * line.y - lh / 2.0);
+    pango_cairo_show_layout(cr, layout);
+    g_object_unref(layout);
+  }
+  cairo_destroy(cr);
+  cairo_surface_flush(surface);
+  cairo_surface_destroy(surface);
+  return image;
 }
 
 Image matte(bool flat, const Colour& bottom, const Colour& top, int w, int h) {

@@ -23,6 +23,9 @@ FXHOST_API Image testCard(const std::string& pattern, int w, int h);
 // over shows through its transparent parts.
 FXHOST_API Image fitted(const Image& picture, int w, int h, double aspect, const ARCSettings& arc,
                         bool clearGround = false);
+// The card of media that is not there or cannot be read: "Media offline"
+// over the file's name.
+FXHOST_API Image offline(const std::string& name, int w, int h);
 // A flat matte, or a gradient from `bottom` to `top`.
 FXHOST_API Image matte(bool flat, const Colour& bottom, const Colour& top, int w, int h);
 FXHOST_API Image mix(const Image& a, const Image& b, double amount);

@@ -6,6 +6,7 @@
 
 #include "host/edit/EditGraphWalk.h"
 #include "host/edit/GraphNodeKinds.h"
+#include "host/media/MediaFiles.h"
 #include "host/notify/Log.h"
 #include "host/render/ImageCache.h"
 #include "host/render/MaterialManager.h"
@@ -15,9 +16,10 @@
 namespace Render {
 
 struct StillPlan::Step {
-  enum class Op : uint8_t { black, testCard, file, matte, mix, wipe, pip, colourCorrect, shared };
+  enum class Op : uint8_t { black, testCard, file, media, matte, mix, wipe, pip, colourCorrect, shared };
   Op op = Op::black;
-  std::string text;  // the test card's pattern or the picture file
+  std::string text;  // the test card's pattern, the picture file or the media file
+  std::string label; // media: what its card says when it is offline
   bool flag = false; // a matte: flat; a file: over a clear ground
   Colour bottom, top;
   double x = 0, y = 0, z = 0;
@@ -140,8 +142,11 @@ private:
         step.op = Step::Op::testCard;
         step.text = m->getSource().str();
       } else {
-        step.op = Step::Op::file;
+        // The frame at the edit's time, where the material's placement puts it.
+        step.op = Step::Op::media;
         step.text = path(m->getSource().str());
+        step.x = m->placement().mediaTime(t);
+        step.label = m->getSource().empty() ? toUTF8(m->getName()).str() : m->getSource().str();
       }
       return add(std::move(step));
     }
@@ -167,6 +172,9 @@ private:
     if (tag == "mix") {
       step.op = Step::Op::mix;
       step.x = effect->param("amount", 0.5);
+      // A transition's mix runs from A to B between its start and end.
+      const double from = effect->param("start", 0), to = effect->param("end", 0);
+      if (to > from) step.x = std::clamp((t - from) / (to - from), 0.0, 1.0);
     } else if (tag == "wipe") {
       step.op = Step::Op::wipe;
       step.x = effect->param("position", 0.5);
@@ -180,6 +188,11 @@ private:
       step.gain = effect->paramValues("gain");
       step.in[0] = input(0);
       return add(std::move(step));
+    } else if (tag == "compound") {
+      // A nested stack shows its topmost track that has a picture there.
+      for (int i = static_cast<int>(effect->getNumInputs()) - 1; i >= 0; --i)
+        if (const int shown = input(i); shown >= 0 || i == 0) return shown;
+      return -1;
     } else {
       return input(0);
     }
@@ -276,6 +289,12 @@ Ux::Ptr<UxImage> StillPlan::run() {
     case Step::Op::file:
       out = Pixels::fitted(ImageCache::loadImage(s.text, nullptr, 0, 0), width_, height_, aspect_, arc_, s.flag);
       break;
+    case Step::Op::media: {
+      const MediaFiles::Frame frame = MediaFiles::frameAt(s.text, s.x);
+      out = frame.image ? Pixels::fitted(frame.image, width_, height_, aspect_, arc_)
+                        : Pixels::offline(s.label, width_, height_);
+      break;
+    }
     case Step::Op::matte:
       out = Pixels::matte(s.flag, s.bottom, s.top, width_, height_);
       break;
