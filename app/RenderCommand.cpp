@@ -13,6 +13,7 @@
 #include "app/UserFiles.h"
 #include "host/config/EditorPreferences.h"
 #include "host/edit/EditFile.h"
+#include "host/edit/EditOpening.h"
 #include "host/stream/AtomicFiles.h"
 #include "host/ui/GlobManager.h"
 #include "host/ui/HostClock.h"
@@ -92,7 +93,10 @@ bool parse(const std::vector<std::string>& args, Options& o, std::string& why) {
 bool checkOutputs(const Options& o, std::string& why) {
   UserFiles inputs;
   inputs.add(o.edit, "the edit");
-  inputs.add(EditFile::sidecarPath(o.edit), "the edit's objects");
+  // A timeline's edit is read from, and saved to, the file beside it.
+  const std::string saved = EditOpening::savePath(o.edit);
+  inputs.add(saved, "the edit");
+  inputs.add(EditFile::sidecarPath(saved), "the edit's objects");
   inputs.add(o.script, "the script");
   inputs.add(prefs().path(), "the preferences");
   inputs.add(o.layout.empty() ? defaultLayoutPath() : o.layout, "the screen layout");

@@ -11,6 +11,7 @@
 #include "host/config/EditorPreferences.h"
 #include "host/config/LayoutFile.h"
 #include "host/edit/EditFile.h"
+#include "host/edit/EditOpening.h"
 #include "host/edit/EditSaving.h"
 #include "host/notify/Log.h"
 #include "host/ui/GlobManager.h"
@@ -91,12 +92,15 @@ bool Session::open(const std::string& path, std::optional<double> time, const st
   bool keepsLayout = true;
   if (!readLayout(layout, !layoutPath.empty(), globs, keepsLayout, warnings, why)) return false;
   readPreferences(warnings);
-  EditFile::LoadResult loaded = EditFile::load(path);
+  EditOpening::Opened opened = EditOpening::open(path);
+  EditFile::LoadResult& loaded = opened.loaded;
   if (!loaded.edit) {
     why = loaded.error;
     return false;
   }
-  path_ = path;
+  // An edit read from a timeline is saved beside it, never into it.
+  path_ = opened.saveTo;
+  openedFrom_ = path;
   layoutPath_ = layout;
   layoutGiven_ = layoutPath;
   keepsLayout_ = keepsLayout;
@@ -218,6 +222,7 @@ std::vector<std::string> Session::unsavedSettings() const {
 UserFiles Session::userFiles() const {
   UserFiles files;
   files.add(path_, "the edit");
+  if (openedFrom_ != path_) files.add(openedFrom_, "the timeline");
   if (!path_.empty()) {
     files.add(EditFile::sidecarPath(path_), "the edit's objects");
     files.add(EditFile::sidecarPath(path_) + ".prev", "the edit's objects");

@@ -91,7 +91,8 @@ private:
   void restoreOrShowPanels(std::vector<LayoutFile::SavedGlob> globs, bool timeGiven);
   void writeLayout();
 
-  std::string path_;
+  std::string path_;       // where the edit is saved
+  std::string openedFrom_; // what the user opened: the edit, or a timeline
   std::string layoutPath_;
   // The layout path as given to open (empty for the default), for reopen.
   std::string layoutGiven_;

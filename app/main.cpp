@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/EditGenerator.h"
+#include "app/ImportCommand.h"
 #include "app/NodeUICommand.h"
 #include "app/OpenCommand.h"
 #include "app/RenderCommand.h"
@@ -14,9 +15,11 @@ namespace {
 
 const char* usage =
     "usage:\n"
-    "  fxgraph [EDIT]                         open the edit (default: examples/promo.json) in a window\n"
+    "  fxgraph [EDIT]                         open the edit (default: examples/promo.json) in a window;\n"
+    "                                         EDIT may be an OpenTimelineIO timeline (.otio)\n"
     "  fxgraph render EDIT [options]          the same, headless: --size WxH, --time T, --script FILE,\n"
     "                                         --png FILE, --svg FILE, --dump FILE, --prefs FILE, --layout FILE\n"
+    "  fxgraph import TIMELINE.otio OUT.json  write an OpenTimelineIO timeline as an edit file\n"
     "  fxgraph nodeui pack RECORDS.json OUT   write a position manager from JSON records\n"
     "  fxgraph nodeui dump IN                 print the records of an objects file as JSON\n"
     "  fxgraph nodeui inspect IN              print the chunk tree of an objects file\n"
@@ -42,6 +45,7 @@ int run(int argc, char** argv) {
     return status;
   }
   if (args[0] == "render") return fxgraph::runRenderCommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
+  if (args[0] == "import") return fxgraph::runImportCommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
   if (args[0] == "nodeui") return fxgraph::runNodeUICommand({args.begin() + 1, args.end()}, std::cout, std::cerr);
   if (args.size() == 1 && !args[0].starts_with("-")) return fxgraph::runOpenCommand(args[0], std::cout, std::cerr);
   std::cerr << "fxgraph: unknown command \"" << args[0] << "\"; try fxgraph --help\n";

@@ -1,12 +1,14 @@
-// Fuzzes the edit-file loader with arbitrary text. A refusal must be one
-// line with a reason; an edit that loads must write a document that loads
-// again to the same document.
+// Fuzzes the edit-file loader and the timeline reader with arbitrary text.
+// A refusal must be one line with a reason; an edit that loads must write a
+// document that loads again to the same document; a timeline that is read
+// must make an edit the edit-file loader takes.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "host/edit/EditFile.h"
 #include "host/edit/GraphNodeKinds.h"
+#include "host/edit/OtioReader.h"
 #include "host/edit/ProjectDatabase.h"
 
 namespace {
@@ -24,10 +26,24 @@ void done(const EditPtr& edit) {
   edit->close();
 }
 
+// The same text as a timeline.
+void readAsTimeline(const std::string& text) {
+  const OtioReader::Result t = OtioReader::toEditDocument(text, "fuzz.otio");
+  if (!t.error.empty()) {
+    check(t.document.empty() && t.error.find('\n') == std::string::npos);
+    return;
+  }
+  for (const std::string& w : t.warnings) check(w.find('\n') == std::string::npos);
+  const EditFile::LoadResult edit = EditFile::parse(t.document, "fuzz.otio", "/nonexistent-fuzz-folder");
+  check(edit.edit != nullptr);
+  if (edit.edit) done(edit.edit);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
+  readAsTimeline(text);
   // Files named by the edit resolve in a folder that is not there: nothing is read.
   const EditFile::LoadResult r = EditFile::parse(text, "fuzz.json", "/nonexistent-fuzz-folder");
   if (!r.edit) {
