@@ -54,10 +54,17 @@ void NodeUIRecBase::unpack(PStream& s) {
   const unsigned char encoding = s.getCookedChar();
   nodeId_.unpack(s, encoding);
   if (STRM_layerVersion(this).minor != 0) {
-    const LightweightString<char> text = s.getString();
-    Cookie cookie;
-    // Text that is no cookie gives the invalid cookie, as for any unknown edit.
-    cookie_ = Cookie::fromString(text.view(), cookie) ? cookie : invalid_cookie;
+    // The records of an edit share its cookie: its text is read once, not per record.
+    thread_local std::string lastText;
+    thread_local Cookie lastCookie = invalid_cookie;
+    const std::string_view text = s.getStringView();
+    if (text != lastText) {
+      Cookie cookie;
+      // Text that is no cookie gives the invalid cookie, as for any unknown edit.
+      lastCookie = Cookie::fromString(text, cookie) ? cookie : invalid_cookie;
+      lastText.assign(text);
+    }
+    cookie_ = lastCookie;
   }
   STRM_layerVersion(this) = StreamLayerVersion{1, 1};
 }

@@ -4,7 +4,9 @@ NotifyWithDisable::~NotifyWithDisable() = default;
 
 bool NotifyWithDisable::issueNotification(const LightweightString<char>& text, NotifyMsgType type) {
   if (suspended_ != 0) return false;
-  notifier_.issueNotification(NotifyMsg(text), type);
+  // Most objects have nobody listening (a position record of thousands): no
+  // message is made for nobody.
+  if (notifier_.hasSubscribers()) notifier_.issueNotification(NotifyMsg(text), type);
   return true;
 }
 

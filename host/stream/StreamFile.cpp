@@ -70,20 +70,13 @@ void StreamFile::shortRead(const LightweightString<char>& text) {
   ++failedReads_;
 }
 
-void StreamFile::writeBytes(const void* data, std::size_t count) {
+void StreamFile::writeBytesAtEnd(const void* data, std::size_t count) {
   if (mode_ == Mode::fileRead) {
     failRead(" Cannot write to a stream opened for reading.");
     return;
   }
   if (count == 0) return;
   const auto* src = static_cast<const uint8_t*>(data);
-  // Most writes are a few bytes over bytes already there (a stream written
-  // again) or at the end.
-  if (count <= bytes_.size() - pos_) {
-    std::memcpy(bytes_.data() + pos_, src, count);
-    pos_ += count;
-    return;
-  }
   const std::size_t overlap = std::min<std::size_t>(count, bytes_.size() - pos_);
   if (overlap) std::memcpy(bytes_.data() + pos_, src, overlap);
   bytes_.insert(bytes_.end(), src + overlap, src + count);
@@ -123,34 +116,11 @@ void StreamFile::writeLE(T v) {
   writeBytes(raw, sizeof raw);
 }
 
-void StreamFile::setCookedChar(uint8_t v) { writeBytes(&v, 1); }
-void StreamFile::setUnsignedShort(uint16_t v) { writeLE(v); }
-void StreamFile::setUnsignedLong(uint32_t v) { writeLE(v); }
-
-void StreamFile::setDouble(double v) {
-  uint64_t bits;
-  std::memcpy(&bits, &v, sizeof bits);
-  writeLE(bits);
-}
+void StreamFile::grow(std::size_t count) { bytes_.resize(pos_ + count); }
 
 void StreamFile::setString(std::string_view utf8) {
   setUnsignedLong(static_cast<uint32_t>(utf8.size()));
   writeBytes(utf8.data(), utf8.size());
-}
-
-uint8_t StreamFile::getCookedChar() {
-  uint8_t v = 0;
-  readBytes(&v, 1);
-  return v;
-}
-uint16_t StreamFile::getUnsignedShort() { return readLE<uint16_t>(); }
-uint32_t StreamFile::getUnsignedLong() { return readLE<uint32_t>(); }
-
-double StreamFile::getDouble() {
-  const uint64_t bits = readLE<uint64_t>();
-  double v;
-  std::memcpy(&v, &bits, sizeof v);
-  return v;
 }
 
 std::string_view StreamFile::getStringView() {
@@ -174,3 +144,13 @@ std::string_view StreamFile::getStringView() {
 }
 
 LightweightString<char> StreamFile::getString() { return LightweightString<char>(std::string(getStringView())); }
+
+// The long ways of the inline reads and writes.
+template uint8_t StreamFile::readLE<uint8_t>();
+template uint16_t StreamFile::readLE<uint16_t>();
+template uint32_t StreamFile::readLE<uint32_t>();
+template uint64_t StreamFile::readLE<uint64_t>();
+template void StreamFile::writeLE<uint8_t>(uint8_t);
+template void StreamFile::writeLE<uint16_t>(uint16_t);
+template void StreamFile::writeLE<uint32_t>(uint32_t);
+template void StreamFile::writeLE<uint64_t>(uint64_t);

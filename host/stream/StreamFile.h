@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,19 +58,38 @@ public:
   // tell whether a value it read was really there.
   uint64_t failedReads() const noexcept { return failedReads_; }
 
-  // Writing at the position; overwrites, then extends.
-  void setCookedChar(uint8_t v);
-  void setUnsignedShort(uint16_t v);
-  void setUnsignedLong(uint32_t v);
-  void setDouble(double v);
+  // Writing at the position; overwrites, then extends. Numbers are little
+  // endian. The small writes and reads are the stream's inner loop (a
+  // position manager is a few of them for each of thousands of records), so
+  // their common case is here, inline; the rest is out of line.
+  void setCookedChar(uint8_t v) { putLE(v); }
+  void setUnsignedShort(uint16_t v) { putLE(v); }
+  void setUnsignedLong(uint32_t v) { putLE(v); }
+  void setDouble(double v) {
+    uint64_t bits;
+    std::memcpy(&bits, &v, sizeof bits);
+    putLE(bits);
+  }
   void setString(std::string_view utf8);
-  void writeBytes(const void* data, std::size_t count);
+  void writeBytes(const void* data, std::size_t count) {
+    if (mode_ != Mode::fileRead && count <= bytes_.size() - pos_) {
+      if (count) std::memcpy(bytes_.data() + pos_, data, count);
+      pos_ += count;
+      return;
+    }
+    writeBytesAtEnd(data, count);
+  }
 
   // Reading at the position.
-  uint8_t getCookedChar();
-  uint16_t getUnsignedShort();
-  uint32_t getUnsignedLong();
-  double getDouble();
+  uint8_t getCookedChar() { return takeLE<uint8_t>(); }
+  uint16_t getUnsignedShort() { return takeLE<uint16_t>(); }
+  uint32_t getUnsignedLong() { return takeLE<uint32_t>(); }
+  double getDouble() {
+    const uint64_t bits = takeLE<uint64_t>();
+    double v;
+    std::memcpy(&v, &bits, sizeof v);
+    return v;
+  }
   // A count that runs past the end fails the read and gives empty text.
   LightweightString<char> getString();
   // The same, as a view into the stream's bytes: valid until the stream is
@@ -80,6 +100,36 @@ public:
 private:
   enum class Mode { memory, fileRead, fileWrite };
   void shortRead(const LightweightString<char>& text);
+  // Whole values over bytes there (a stream written again, or read) are
+  // moved in place; a write at the end makes room first, in the vector's
+  // own growing steps; a short read or a write to a stream opened for
+  // reading goes the long way, which reports it.
+  template <class T>
+  void putLE(T v) {
+    if (mode_ != Mode::fileRead) {
+      if (bytes_.size() - pos_ < sizeof(T)) grow(sizeof(T));
+      uint8_t* at = bytes_.data() + pos_;
+      for (std::size_t i = 0; i < sizeof(T); ++i) at[i] = static_cast<uint8_t>(v >> (8 * i));
+      pos_ += sizeof(T);
+      return;
+    }
+    writeLE(v);
+  }
+  template <class T>
+  T takeLE() {
+    if (bytes_.size() - pos_ >= sizeof(T)) {
+      const uint8_t* at = bytes_.data() + pos_;
+      T v = 0;
+      for (std::size_t i = 0; i < sizeof(T); ++i) v = static_cast<T>(v | (static_cast<T>(at[i]) << (8 * i)));
+      pos_ += sizeof(T);
+      return v;
+    }
+    return readLE<T>();
+  }
+  // Room for `count` more bytes from the position on.
+  void grow(std::size_t count);
+  // writeBytes past the end, or refused on a stream opened for reading.
+  void writeBytesAtEnd(const void* data, std::size_t count);
   template <class T>
   T readLE();
   template <class T>

@@ -16,20 +16,6 @@ LightweightString<char> printableTypeName(const std::type_info& type) {
   return LightweightString<char>(name.get());
 }
 
-void StreamableTraitsBase::PackFunctionStack::pushFront(const PackFunctionStackEntry& e) {
-  if (count_ < inlineCapacity)
-    inline_[count_] = e;
-  else
-    spill_.push_back(e);
-  ++count_;
-}
-
-void StreamableTraitsBase::PackFunctionStack::popFront() noexcept {
-  if (count_ == 0) return;
-  if (count_ > inlineCapacity) spill_.pop_back();
-  --count_;
-}
-
 void StreamableTraitsBase::writeHeader(PStream& s, const char* shortName, StreamLayerVersion version, uint32_t ownSize,
                                        uint32_t totalSize) {
   // The name straight from its characters: no text object per header.

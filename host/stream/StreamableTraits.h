@@ -43,21 +43,36 @@ public:
     const void* object = nullptr;
   };
   // The layers of one top-level pack still to be written, front first.
-  // Hierarchies are shallow, so entries live inline.
+  // Hierarchies are shallow, so entries live inline, and one is made for
+  // every object packed: nothing here is set before it is used.
   class PackFunctionStack {
   public:
     bool empty() const noexcept { return count_ == 0; }
     std::size_t size() const noexcept { return count_; }
-    void pushFront(const PackFunctionStackEntry& e);
-    const PackFunctionStackEntry& front() const noexcept {
-      return count_ <= inlineCapacity ? inline_[count_ - 1] : spill_.back();
+    void pushFront(const PackFunctionStackEntry& e) {
+      if (count_ < inlineCapacity)
+        inline_[count_].entry = e;
+      else
+        spill_.push_back(e);
+      ++count_;
     }
-    void popFront() noexcept;
+    const PackFunctionStackEntry& front() const noexcept {
+      return count_ <= inlineCapacity ? inline_[count_ - 1].entry : spill_.back();
+    }
+    void popFront() noexcept {
+      if (count_ == 0) return;
+      if (count_ > inlineCapacity) spill_.pop_back();
+      --count_;
+    }
 
   private:
     static constexpr std::size_t inlineCapacity = 12;
+    union Slot {
+      Slot() noexcept {}
+      PackFunctionStackEntry entry;
+    };
     // Stored back to front: the front entry is the last one.
-    PackFunctionStackEntry inline_[inlineCapacity];
+    Slot inline_[inlineCapacity];
     std::vector<PackFunctionStackEntry> spill_;
     std::size_t count_ = 0;
   };
