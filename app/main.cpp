@@ -1,5 +1,8 @@
+#include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <malloc.h>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -7,6 +10,7 @@
 #include "app/ImportCommand.h"
 #include "app/NodeUICommand.h"
 #include "app/OpenCommand.h"
+#include "app/OutOfMemory.h"
 #include "app/RenderCommand.h"
 #include "app/ScriptRunner.h"
 #include "graph_tool/Version.h"
@@ -58,5 +62,16 @@ int main(int argc, char** argv) {
   // One heap for every thread: the stills workers would each grow one of
   // their own, in small mapped steps, beside the heap the graph lives in.
   mallopt(M_ARENA_MAX, 1);
-  return run(argc, argv);
+  fxgraph::OutOfMemory::install();
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    // Out of memory is an answer about the input, not a crash. The files
+    // the program writes are written whole or not at all, so leaving now
+    // loses nothing saved; tearing down what was half built would only ask
+    // for memory again.
+    std::fputs(fxgraph::OutOfMemory::message(), stderr);
+    std::fflush(stderr);
+    std::_Exit(1);
+  }
 }

@@ -67,8 +67,10 @@ struct ProgramRun {
   std::string out;
   std::string err;
 };
-// `env`: "NAME=value" settings for the run (XDG_CONFIG_HOME, say).
-inline ProgramRun runProgram(const std::vector<std::string>& args, const std::vector<std::string>& env = {}) {
+// `env`: "NAME=value" settings for the run (XDG_CONFIG_HOME, say); `shell`:
+// a shell command run first in the same shell (a ulimit, say).
+inline ProgramRun runProgram(const std::vector<std::string>& args, const std::vector<std::string>& env = {},
+                             const std::string& shell = {}) {
   auto quoted = [](const std::string& s) {
     std::string q = "'";
     for (char c : s) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -81,7 +83,7 @@ inline ProgramRun runProgram(const std::vector<std::string>& args, const std::ve
     return run;
   }
   TempFolder streams;
-  std::string command = "env";
+  std::string command = shell.empty() ? "env" : shell + "; env";
   for (const auto& e : env) command += " " + quoted(e);
   command += " " + quoted(bin);
   for (const auto& a : args) command += " " + quoted(a);
