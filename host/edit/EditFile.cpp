@@ -662,20 +662,60 @@ std::size_t lineOf(const std::map<std::string, std::size_t>& lines, std::string 
 
 } // namespace
 
+namespace {
+
+// Whether the text nests arrays and objects no deeper than an edit may.
+bool shallowEnough(const std::string& text) {
+  std::size_t depth = 0;
+  bool inString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inString) {
+      if (c == '\\')
+        ++i;
+      else if (c == '"')
+        inString = false;
+    } else if (c == '"') {
+      inString = true;
+    } else if (c == '[' || c == '{') {
+      if (++depth > LineTrackingBuilder::maxNesting) return false;
+    } else if ((c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return true;
+}
+
+} // namespace
+
 EditFile::LoadResult EditFile::parse(const std::string& text, const std::string& name, const std::string& folder) {
   LoadResult r;
+  // Lines are wanted only to say where an edit is wrong, and noting every
+  // value's line costs more than reading the edit: a document is read
+  // plainly first, and again, noting lines, only when it is refused.
+  json root;
+  bool plain = shallowEnough(text);
+  if (plain) {
+    root = json::parse(text, nullptr, false);
+    plain = !root.is_discarded();
+  }
   std::size_t line = 1;
   LineTrackingBuilder builder(line);
-  const bool parsed = json::sax_parse(CountingIterator(text.data(), &line),
-                                      CountingIterator(text.data() + text.size(), &line), &builder);
-  if (!parsed) {
-    r.error = name + ":" + std::to_string(builder.errorLine) + ": " +
-              (builder.error.empty() ? "not valid JSON" : builder.error);
-    return r;
+  auto trackLines = [&] {
+    line = 1;
+    return json::sax_parse(CountingIterator(text.data(), &line), CountingIterator(text.data() + text.size(), &line),
+                           &builder);
+  };
+  if (!plain) {
+    if (!trackLines()) {
+      r.error = name + ":" + std::to_string(builder.errorLine) + ": " +
+                (builder.error.empty() ? "not valid JSON" : builder.error);
+      return r;
+    }
+    root = std::move(builder.root);
   }
   try {
-    r.edit = Reader(builder.root, folder).read();
-    const json& root = builder.root;
+    r.edit = Reader(root, folder).read();
     if (root.contains("objects")) {
       const json& o = root["objects"];
       if (!o.is_object() || !o.contains("stamp") || !o["stamp"].is_string())
@@ -685,6 +725,10 @@ EditFile::LoadResult EditFile::parse(const std::string& text, const std::string&
   } catch (const Refusal& refusal) {
     if (r.edit) r.edit->close();
     r.edit.reset();
+    if (plain) {
+      root = json();
+      trackLines();
+    }
     r.error = name + ":" + std::to_string(lineOf(builder.lines, refusal.pointer)) + ": " + refusal.reason;
   }
   return r;
