@@ -7,6 +7,7 @@
 #include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
 #include "host/edit/EffectInstance.h"
+#include "host/edit/FirstPathIndex.h"
 #include "host/stream/StreamableTraits.h"
 #include "host/ui/Checkbox.h"
 #include "host/ui/DropDownMenuButton.h"
@@ -169,6 +170,8 @@ json routingJson(const MultiTrackRoutingView* routing) {
 } // namespace
 
 json dumpState(const Session& session) {
+  // Every node is placed in the graph for its entry: one walk serves them all.
+  FirstPathIndex paths;
   json doc;
   FXGraphTool* panel = session.panel();
   doc["panel"] = panel ? panelJson(*panel) : json(nullptr);

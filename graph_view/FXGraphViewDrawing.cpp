@@ -15,8 +15,11 @@
 #include "graph_view/ViewNotice.h"
 #include "graph_view/ViewStills.h"
 #include "host/draw/ScreenSurface.h"
+#include "host/edit/FirstPathIndex.h"
 
 void FXGraphView::draw() {
+  // Each node's thumbnail asks for its place in the graph: one walk serves them all.
+  FirstPathIndex paths;
   // The graph stays inside the view area: nodes half out of it do not spill
   // over the scroll bars and margins. A clip that someone set is kept.
   const PixelBox held = canvas().getClipRect();

@@ -13,6 +13,7 @@
 #include "graph_view/NodeFades.h"
 #include "host/edit/EditGraphWalk.h"
 #include "host/edit/FXEditor.h"
+#include "host/edit/FirstPathIndex.h"
 #include "host/edit/GraphNodeKinds.h"
 #include "host/notify/Log.h"
 #include "layout/FXGraphTidier.h"
@@ -67,6 +68,9 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
   // 1. Never under a connection drag: the request is dropped.
   if (interaction_.kind == Interaction::holdingWire) return;
   ++stats_.rebuilds;
+  // Roots and nodes are placed in the graph one by one: one walk serves
+  // them all (the rebuild changes the view, not the graph).
+  FirstPathIndex paths;
   // 2. A node being moved by hand is let go; whatever else held the view
   // ends with it.
   endInteraction();

@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "host/edit/EditGraphWalk.h"
+#include "host/edit/FirstPathIndex.h"
 
 namespace {
 constexpr std::string_view statePrefix = "fxgs1:";
@@ -104,12 +105,17 @@ EditGraphIterator::EditGraphIterator(const EditPtr& edit, double time, const IdS
         const EditChannel& c = edit_->getChan(i);
         if (const Cel* cel = graphCelAt(c, time_); cel && cel->ref == node && startAt(target, c.id)) return;
       }
-    for (int i = 0; i < edit_->getNumChans(); ++i) {
-      const EditChannel& c = edit_->getChan(i);
-      const Cel* cel = graphCelAt(c, time_);
-      if (!cel || !startAt(edit_->openNode(cel->ref), c.id)) continue;
-      if (searchFrom(node)) return;
-      path_.clear();
+    // A pass over many nodes reads their paths from one walk of the graph.
+    if (FirstPathIndex* index = FirstPathIndex::active()) {
+      if (index->place(*this, edit_, time_, target.get())) return;
+    } else {
+      for (int i = 0; i < edit_->getNumChans(); ++i) {
+        const EditChannel& c = edit_->getChan(i);
+        const Cel* cel = graphCelAt(c, time_);
+        if (!cel || !startAt(edit_->openNode(cel->ref), c.id)) continue;
+        if (searchFrom(node)) return;
+        path_.clear();
+      }
     }
   }
   startAt(target, IdStamp());
