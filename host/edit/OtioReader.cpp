@@ -109,7 +109,9 @@ double seconds(const json* t) {
   if (value == t->end() || rate == t->end() || !value->is_number() || !rate->is_number()) return NAN;
   const double r = rate->get<double>();
   if (!(r > 0) || !std::isfinite(r)) return NAN;
-  return value->get<double>() / r;
+  // A time beyond what a double holds (a huge value over a tiny rate) is no time.
+  const double s = value->get<double>() / r;
+  return std::isfinite(s) ? s : NAN;
 }
 
 double rateOf(const json* t) {
@@ -429,6 +431,11 @@ private:
         continue;
       }
       const double length = durationOf(*item, e.kind);
+      // Items past the longest time a double holds have no place in the edit.
+      if (!std::isfinite(at + length)) {
+        warn("items that end beyond " + numberText(at) + " seconds are left out");
+        break;
+      }
       e.start = at;
       e.end = at + length;
       at = e.end;

@@ -361,6 +361,12 @@ TEST(Timeline, DamagedTimelinesNeverFailTheReader) {
   // Fields of the wrong kind are read as absent.
   json odd = timeline({track("V", {clip("A", 0, 50, external("a.mov"))})});
   odd["tracks"]["children"][0]["children"][0]["source_range"]["duration"] = "long";
+  // Times past what a double holds are no times: two clips of 1e308 seconds
+  // would end the track at infinity.
+  for (const char* name : {"Huge", "Huger"}) {
+    odd["tracks"]["children"][0]["children"].push_back(clip(name, 0, 1e308, external("h.mov")));
+    odd["tracks"]["children"][0]["children"].back()["source_range"]["duration"]["rate"] = 1;
+  }
   odd["tracks"]["children"][0]["children"][0]["media_references"] = json::object({{"DEFAULT_MEDIA", 7}});
   odd["tracks"]["children"][0]["children"][0]["effects"] =
       json::array({json::object({{"OTIO_SCHEMA", "Effect.1"}, {"metadata", {1, 2}}})});
