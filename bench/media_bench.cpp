@@ -1,7 +1,7 @@
 // Thumbnails of an HD clip at scattered times, from nothing kept: each
 // costs a seek to a key frame, decoding on to the time and a conversion.
 // The file is opened once an iteration. Needs the ffmpeg program to make
-// the clip (H.264, or MPEG-4 part 2 without it).
+// the clip (H.264, or the older MPEG-4 video codec without it).
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>

@@ -26,7 +26,7 @@ inline std::string ffmpeg(const std::string& args, const std::string& output) {
   return std::system(command.c_str()) == 0 ? path : std::string();
 }
 
-// H.264 where the program has it, else MPEG-4 part 2; key frames two
+// H.264 where the program has it, else the older MPEG-4 video codec; key frames two
 // seconds apart at 25 fps, so that most times are reached by decoding on
 // from one.
 inline std::string encoding() {
