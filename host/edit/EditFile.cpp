@@ -1,6 +1,7 @@
 #include "host/edit/EditFile.h"
 
 #include "host/core/EchoedText.h"
+#include "host/core/JsonNesting.h"
 
 // Map
 //   LineTrackingBuilder ... builds the JSON document while noting each value's line
@@ -93,7 +94,7 @@ public:
     error = plainReason(e, token);
     return false;
   }
-  static constexpr std::size_t maxNesting = 256;
+  static constexpr std::size_t maxNesting = maxJsonNesting;
 
   json root;
   std::map<std::string, std::size_t> lines;
@@ -662,39 +663,14 @@ std::size_t lineOf(const std::map<std::string, std::size_t>& lines, std::string 
 
 } // namespace
 
-namespace {
-
-// Whether the text nests arrays and objects no deeper than an edit may.
-bool shallowEnough(const std::string& text) {
-  std::size_t depth = 0;
-  bool inString = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (inString) {
-      if (c == '\\')
-        ++i;
-      else if (c == '"')
-        inString = false;
-    } else if (c == '"') {
-      inString = true;
-    } else if (c == '[' || c == '{') {
-      if (++depth > LineTrackingBuilder::maxNesting) return false;
-    } else if ((c == ']' || c == '}') && depth > 0) {
-      --depth;
-    }
-  }
-  return true;
-}
-
-} // namespace
-
 EditFile::LoadResult EditFile::parse(const std::string& text, const std::string& name, const std::string& folder) {
   LoadResult r;
   // Lines are wanted only to say where an edit is wrong, and noting every
   // value's line costs more than reading the edit: a document is read
   // plainly first, and again, noting lines, only when it is refused.
   json root;
-  bool plain = shallowEnough(text);
+  // Text nested deeper than an edit may be goes the long way, which says where.
+  bool plain = jsonTooDeepAt(text, LineTrackingBuilder::maxNesting) == std::string_view::npos;
   if (plain) {
     root = json::parse(text, nullptr, false);
     plain = !root.is_discarded();

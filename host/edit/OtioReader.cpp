@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "host/core/JsonNesting.h"
 #include "host/stream/AtomicFiles.h"
 #include "host/stream/BoundedRead.h"
 
@@ -20,7 +21,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::size_t maxNesting = 256;
 constexpr std::size_t maxText = 4096; // as the edit file reader takes names
 constexpr int maxCompoundDepth = 32;
 
@@ -34,33 +34,23 @@ bool wordChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c 
 // The timeline format writes NaN, Inf, -Inf and Infinity as bare words,
 // which JSON has not: they become null (no time or parameter is read from
 // one). Integers beyond 64 bits need nothing: the JSON reader keeps them
-// as floating point. Deeper nesting than any timeline has is refused before
-// it costs memory.
+// as floating point.
 std::string plainJson(const std::string& text) {
   std::string out;
   out.reserve(text.size());
-  std::size_t depth = 0, line = 1;
   bool inString = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
-    if (c == '\n') ++line;
     if (inString) {
       out += c;
-      if (c == '\\' && i + 1 < text.size()) {
+      if (c == '\\' && i + 1 < text.size())
         out += text[++i];
-        if (text[i] == '\n') ++line;
-      } else if (c == '"') {
+      else if (c == '"')
         inString = false;
-      }
       continue;
     }
     if (c == '"') {
       inString = true;
-    } else if (c == '[' || c == '{') {
-      if (++depth > maxNesting)
-        throw Refusal{line, "values nested deeper than " + std::to_string(maxNesting) + " levels"};
-    } else if (c == ']' || c == '}') {
-      if (depth > 0) --depth;
     } else if ((c == 'N' || c == 'I' || c == '-') && (i == 0 || !wordChar(text[i - 1]))) {
       const std::size_t from = c == '-' ? i + 1 : i;
       for (const char* word : {"Infinity", "Inf", "NaN"}) {
@@ -781,6 +771,11 @@ OtioReader::Result OtioReader::toEditDocument(const std::string& text, const std
                                               const std::string& mediaFolder) {
   Result r;
   try {
+    // Deeper nesting than any timeline has is refused before it costs memory.
+    if (const std::size_t at = jsonTooDeepAt(text); at != std::string_view::npos)
+      throw Refusal{
+          1 + static_cast<std::size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n')),
+          "values nested deeper than " + std::to_string(maxJsonNesting) + " levels"};
     const std::string plain = plainJson(text);
     json root;
     try {

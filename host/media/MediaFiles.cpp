@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/core/LruCache.h"
 #include "host/media/MediaDecoder.h"
 
 namespace {
@@ -53,59 +54,32 @@ bool stampOf(const std::string& path, Stamp& stamp, std::string& why) {
 class KeptFrames {
 public:
   using Key = std::pair<uint64_t, int64_t>;
-  explicit KeptFrames(std::size_t budget) : budget_(budget) {}
+  explicit KeptFrames(std::size_t budget) : cache_(budget) {}
 
   Ux::Ptr<UxImage> find(const Key& key) {
-    const auto it = slots_.find(key);
-    if (it == slots_.end()) return nullptr;
-    uses_.splice(uses_.begin(), uses_, it->second.use);
-    return it->second.image;
+    const Ux::Ptr<UxImage>* image = cache_.find(key);
+    return image ? *image : nullptr;
   }
-  void put(const Key& key, const Ux::Ptr<UxImage>& image) {
-    if (const auto it = slots_.find(key); it != slots_.end()) drop(it);
-    const std::size_t bytes = image->pixelBytes();
-    if (bytes > budget_) return;
-    uses_.push_front(key);
-    slots_.emplace(key, Slot{image, bytes, uses_.begin()});
-    bytes_ += bytes;
-    while (bytes_ > budget_) drop(slots_.find(uses_.back()));
-  }
+  void put(const Key& key, const Ux::Ptr<UxImage>& image) { cache_.put(key, image, image->pixelBytes()); }
   void forget(uint64_t generation) {
-    auto it = slots_.lower_bound({generation, std::numeric_limits<int64_t>::min()});
-    while (it != slots_.end() && it->first.first == generation) drop(it++);
+    cache_.retain([generation](const Key& key, const Ux::Ptr<UxImage>&) { return key.first != generation; });
   }
   // The frames kept of a file, in order.
   std::vector<int64_t> framesOf(uint64_t generation) const {
     std::vector<int64_t> keys;
-    for (auto it = slots_.lower_bound({generation, std::numeric_limits<int64_t>::min()});
-         it != slots_.end() && it->first.first == generation; ++it)
-      keys.push_back(it->first.second);
+    for (const Key* k = cache_.firstKeyFrom({generation, std::numeric_limits<int64_t>::min()});
+         k && k->first == generation;
+         k = k->second == std::numeric_limits<int64_t>::max() ? nullptr
+                                                              : cache_.firstKeyFrom({generation, k->second + 1}))
+      keys.push_back(k->second);
     return keys;
   }
-  void clear() {
-    slots_.clear();
-    uses_.clear();
-    bytes_ = 0;
-  }
-  std::size_t size() const noexcept { return slots_.size(); }
-  std::size_t bytes() const noexcept { return bytes_; }
+  void clear() { cache_.clear(); }
+  std::size_t size() const noexcept { return cache_.size(); }
+  std::size_t bytes() const noexcept { return cache_.bytes(); }
 
 private:
-  struct Slot {
-    Ux::Ptr<UxImage> image;
-    std::size_t bytes;
-    std::list<Key>::iterator use;
-  };
-  void drop(std::map<Key, Slot>::iterator it) {
-    bytes_ -= it->second.bytes;
-    uses_.erase(it->second.use);
-    slots_.erase(it);
-  }
-
-  std::size_t budget_;
-  std::size_t bytes_ = 0;
-  std::map<Key, Slot> slots_;
-  std::list<Key> uses_; // most recent first
+  LruCache<Key, Ux::Ptr<UxImage>> cache_;
 };
 
 struct MediaFile {

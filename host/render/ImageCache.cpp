@@ -12,7 +12,7 @@
 
 #include "host/core/ThreadSafe.h"
 #include "host/notify/Log.h"
-#include "host/render/LruCache.h"
+#include "host/core/LruCache.h"
 #include "host/render/RenderCounters.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "host/FxHostApi.h"
 #include "host/core/IdStamp.h"
 #include "host/draw/UxImage.h"
-#include "host/render/LruCache.h"
+#include "host/core/LruCache.h"
 
 namespace Render {
 

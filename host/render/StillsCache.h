@@ -7,7 +7,7 @@
 
 #include "host/FxHostApi.h"
 #include "host/core/ThreadSafe.h"
-#include "host/render/LruCache.h"
+#include "host/core/LruCache.h"
 #include "host/render/RenderContext.h"
 
 namespace Render {

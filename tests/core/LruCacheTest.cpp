@@ -1,6 +1,6 @@
 // The cache under the stills, node pictures and picture files: what goes
 // first when it is full, and what it refuses.
-#include "host/render/LruCache.h"
+#include "host/core/LruCache.h"
 
 #include <string>
 
