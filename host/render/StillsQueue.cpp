@@ -54,6 +54,7 @@ void StillsQueue::work() {
       if (auto it = requests_.find(job.id); it != requests_.end()) {
         it->second.done = true;
         it->second.still = std::move(still);
+        if (!it->second.owner) forgottenDone_.push_back(job.id);
       }
     }
     jobDone_.notify_all();
@@ -61,8 +62,23 @@ void StillsQueue::work() {
 }
 
 void StillsQueue::sweep() {
-  for (auto it = requests_.begin(); it != requests_.end();)
-    it = !it->second.owner && it->second.done ? requests_.erase(it) : std::next(it);
+  // The contexts of forgotten stills are let go here, on the asking thread.
+  for (const uint64_t id : forgottenDone_) requests_.erase(id);
+  forgottenDone_.clear();
+}
+
+void StillsQueue::erase(Requests::iterator it) {
+  const Request& r = it->second;
+  if (r.owner) {
+    const auto key = byKey_.find(Key{r.owner, r.node, r.what});
+    if (key != byKey_.end()) {
+      std::erase(key->second, it->first);
+      if (key->second.empty()) byKey_.erase(key);
+    }
+    if (const auto count = perOwner_.find(r.owner); count != perOwner_.end() && --count->second == 0)
+      perOwner_.erase(count);
+  }
+  requests_.erase(it);
 }
 
 bool StillsQueue::request(Owner owner, const IdStamp& node, int what, const RenderContext& context) {
@@ -72,11 +88,14 @@ bool StillsQueue::request(Owner owner, const IdStamp& node, int what, const Rend
   {
     std::lock_guard lock(mutex_);
     sweep();
-    for (const auto& [id, r] : requests_)
-      if (r.owner == owner && r.node == node && r.what == what && r.edit == edit && r.revision == revision &&
-          r.lut == context.hasViewLUT() && r.context.time() == context.time() &&
-          r.context.format().width == context.format().width && r.context.format().height == context.format().height)
-        return false;
+    if (const auto same = byKey_.find(Key{owner, node, what}); same != byKey_.end())
+      for (const uint64_t id : same->second) {
+        const Request& r = requests_.at(id);
+        if (r.edit == edit && r.revision == revision && r.lut == context.hasViewLUT() &&
+            r.context.time() == context.time() && r.context.format().width == context.format().width &&
+            r.context.format().height == context.format().height)
+          return false;
+      }
   }
   // Planned here, while the graph holds still, and outside the lock so that
   // workers can go on finishing.
@@ -84,6 +103,10 @@ bool StillsQueue::request(Owner owner, const IdStamp& node, int what, const Rend
   std::lock_guard lock(mutex_);
   const uint64_t id = next_++;
   requests_.emplace(id, Request{owner, node, what, context, edit, revision, context.hasViewLUT(), false, nullptr});
+  if (owner) {
+    byKey_[Key{owner, node, what}].push_back(id);
+    ++perOwner_[owner];
+  }
   jobs_.push_back(Job{id, std::move(plan)});
   jobsWaiting_.notify_one();
   return true;
@@ -96,7 +119,7 @@ std::vector<StillsQueue::Finished> StillsQueue::take(Owner owner) {
     if (it->second.owner == owner && it->second.done) {
       Request& r = it->second;
       out.push_back(Finished{r.node, r.what, std::move(r.context), std::move(r.still)});
-      it = requests_.erase(it);
+      erase(it++);
     } else {
       ++it;
     }
@@ -107,15 +130,13 @@ std::vector<StillsQueue::Finished> StillsQueue::take(Owner owner) {
 
 std::size_t StillsQueue::outstanding(Owner owner) const {
   std::lock_guard lock(mutex_);
-  return static_cast<std::size_t>(
-      std::count_if(requests_.begin(), requests_.end(), [&](const auto& r) { return r.second.owner == owner; }));
+  const auto count = perOwner_.find(owner);
+  return count == perOwner_.end() ? 0 : count->second;
 }
 
 bool StillsQueue::asked(Owner owner, const IdStamp& node, int what) const {
   std::lock_guard lock(mutex_);
-  return std::any_of(requests_.begin(), requests_.end(), [&](const auto& r) {
-    return r.second.owner == owner && r.second.node == node && r.second.what == what;
-  });
+  return owner && byKey_.count(Key{owner, node, what}) > 0;
 }
 
 void StillsQueue::wait(Owner owner) {
@@ -136,8 +157,14 @@ void StillsQueue::hold(bool held) {
 
 void StillsQueue::forget(Owner owner) {
   std::lock_guard lock(mutex_);
-  for (auto& [id, r] : requests_)
-    if (r.owner == owner) r.owner = nullptr;
+  if (!owner) return;
+  for (auto& [id, r] : requests_) {
+    if (r.owner != owner) continue;
+    r.owner = nullptr;
+    if (r.done) forgottenDone_.push_back(id);
+  }
+  std::erase_if(byKey_, [&](const auto& entry) { return entry.first.owner == owner; });
+  perOwner_.erase(owner);
   sweep();
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -73,13 +74,32 @@ private:
     uint64_t id;
     std::unique_ptr<StillPlan> plan;
   };
+  // Which still of whose: the requests a new one may repeat.
+  struct Key {
+    Owner owner;
+    IdStamp node;
+    int what;
+    bool operator==(const Key&) const = default;
+  };
+  struct KeyHash {
+    std::size_t operator()(const Key& k) const noexcept {
+      return std::hash<const void*>()(k.owner) ^ (std::hash<IdStamp>()(k.node) * 31 + static_cast<std::size_t>(k.what));
+    }
+  };
+  using Requests = std::map<uint64_t, Request>;
   void work();
-  void sweep(); // mutex_ held; drops forgotten requests that are done
+  void sweep();                      // mutex_ held; drops forgotten requests that are done
+  void erase(Requests::iterator it); // mutex_ held
 
   mutable std::mutex mutex_;
   std::condition_variable jobsWaiting_, jobDone_;
   std::deque<Job> jobs_;
-  std::map<uint64_t, Request> requests_;
+  Requests requests_; // in the order asked
+  // Requests with an owner by key, and how many each owner has: a window
+  // asking for thousands of thumbnails pays per still, not per still asked.
+  std::unordered_map<Key, std::vector<uint64_t>, KeyHash> byKey_;
+  std::unordered_map<Owner, std::size_t> perOwner_;
+  std::vector<uint64_t> forgottenDone_; // dropped by the next sweep, on the asking thread
   uint64_t next_ = 1;
   bool stopping_ = false;
   bool held_ = false;

@@ -142,6 +142,45 @@ TEST_F(SharedStills, TheQueueKeepsEachOwnersStillsAndAsksOnce) {
   EXPECT_TRUE(samePixels(*made[0].still, *still(bars)));
   EXPECT_EQ(queue.outstanding(this), 0u);
   EXPECT_FALSE(queue.asked(this, bars, 0));
+  EXPECT_TRUE(queue.request(this, bars, 0, context())) << "taken, the still may be asked for again";
+  queue.wait(this);
+  EXPECT_EQ(queue.take(this).size(), 1u);
+}
+
+// Thousands of stills asked for at once, by two owners, one of which goes
+// away with some made and some not: each owner's count and questions stay
+// its own, and what the gone owner asked for is never handed to anyone.
+TEST_F(SharedStills, ManyStillsOfTwoOwnersOneForgotten) {
+  const IdStamp bars = card("bars");
+  edit->getChan(0).cels[0].ref = bars;
+  StillsQueue& queue = StillsQueue::instance();
+  const int gone = 0;
+  queue.hold(true);
+  constexpr int many = 3000;
+  for (int k = 0; k < many; ++k) {
+    ASSERT_TRUE(queue.request(this, IdStamp(9, 0, static_cast<uint32_t>(k + 1)), k % 3, context()));
+    ASSERT_TRUE(queue.request(&gone, IdStamp(9, 0, static_cast<uint32_t>(k + 1)), k % 3, context()));
+  }
+  EXPECT_FALSE(queue.request(this, IdStamp(9, 0, 7), 6 % 3, context()));
+  EXPECT_TRUE(queue.request(this, IdStamp(9, 0, 7), 1, context())) << "another picture of the node";
+  EXPECT_EQ(queue.outstanding(this), many + 1u);
+  EXPECT_EQ(queue.outstanding(&gone), static_cast<std::size_t>(many));
+  queue.hold(false);
+  queue.wait(&gone); // some made before the owner goes, the rest after
+  queue.forget(&gone);
+  EXPECT_EQ(queue.outstanding(&gone), 0u);
+  EXPECT_FALSE(queue.asked(&gone, IdStamp(9, 0, 1), 0));
+  EXPECT_TRUE(queue.take(&gone).empty());
+  EXPECT_TRUE(queue.asked(this, IdStamp(9, 0, 1), 0));
+  queue.wait(this);
+  const std::vector<StillsQueue::Finished> made = queue.take(this);
+  ASSERT_EQ(made.size(), many + 1u);
+  EXPECT_EQ(made.front().node, IdStamp(9, 0, 1)) << "in the order asked";
+  EXPECT_EQ(made.back().node, IdStamp(9, 0, 7));
+  EXPECT_EQ(made.back().what, 1);
+  EXPECT_EQ(queue.outstanding(this), 0u);
+  EXPECT_TRUE(queue.request(&gone, IdStamp(9, 0, 1), 0, context())) << "an owner's address used again starts afresh";
+  queue.forget(&gone);
 }
 
 } // namespace
