@@ -224,7 +224,21 @@ void ScreenSurface::draw(const Glib::LineDescription& d, const Glib::PixelBox& c
   end();
 }
 
-void ScreenSurface::addModifiedArea(const Glib::PixelBox& box) { modified_.push_back(normalised(box)); }
+void ScreenSurface::addModifiedArea(const Glib::PixelBox& box) {
+  // A frame of a large graph touches hundreds of thousands of areas, and
+  // nobody may take them (a run without a window): past a few dozen they are
+  // kept as the one box round them all, so the list never grows with the graph.
+  constexpr std::size_t kept = 64;
+  const Glib::PixelBox b = normalised(box);
+  if (modified_.size() < kept) {
+    modified_.push_back(b);
+    return;
+  }
+  Glib::PixelBox all = b;
+  for (const Glib::PixelBox& m : modified_)
+    all = {std::min(all.x0, m.x0), std::min(all.y0, m.y0), std::max(all.x1, m.x1), std::max(all.y1, m.y1)};
+  modified_.assign(1, all);
+}
 
 std::vector<Glib::PixelBox> ScreenSurface::takeModifiedAreas() {
   std::vector<Glib::PixelBox> out;

@@ -49,7 +49,8 @@ public:
   void setRecorder(std::vector<Recorded>* recorder) noexcept { recorder_ = recorder; }
 
   void addModifiedArea(const Glib::PixelBox& box);
-  // The areas drawn since the last call, and forgets them.
+  // The areas drawn since the last call (at most a few dozen: beyond that,
+  // the box round them), and forgets them.
   std::vector<Glib::PixelBox> takeModifiedAreas();
 
   // The picture as it is now (rows top first).

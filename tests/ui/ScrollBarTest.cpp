@@ -1,7 +1,11 @@
 #include "host/ui/ScrollBar.h"
 
+#include <algorithm>
+#include <vector>
+
 #include <gtest/gtest.h>
 
+#include "host/draw/ScreenSurface.h"
 #include "tests/support/UiScreen.h"
 
 using namespace testsupport;
@@ -45,4 +49,24 @@ TEST_F(ScrollBars, DraggingTheThumbReportsEachPositionUntilTheRelease) {
   EXPECT_DOUBLE_EQ(bar->getThumbPosition(), 0.5);
   EXPECT_TRUE(root->messages.back().message.starts_with("ScrollBar page "));
   EXPECT_FALSE(bar->isThumbBeingDragged());
+}
+
+// The areas a frame changed are kept to a few dozen however much is drawn
+// between takes (a run without a window never takes them), and together
+// they still cover everything drawn.
+TEST(ScreenAreas, ManyAreasBetweenTakesAreKeptAsTheBoxRoundThem) {
+  ScreenSurface surface(320, 200);
+  EXPECT_EQ(surface.takeModifiedAreas(), (std::vector<Glib::PixelBox>{{0, 0, 320, 200}})) << "new: all of it";
+  for (int k = 0; k < 100000; ++k) surface.addModifiedArea({k % 300, k % 190, k % 300 + 3, k % 190 + 2});
+  surface.addModifiedArea({-5, 7, 1, 9});
+  const std::vector<Glib::PixelBox> areas = surface.takeModifiedAreas();
+  ASSERT_FALSE(areas.empty());
+  EXPECT_LE(areas.size(), 64u);
+  Glib::PixelBox all = areas.front();
+  for (const Glib::PixelBox& a : areas)
+    all = {std::min(all.x0, a.x0), std::min(all.y0, a.y0), std::max(all.x1, a.x1), std::max(all.y1, a.y1)};
+  EXPECT_EQ(all, (Glib::PixelBox{-5, 0, 302, 191}));
+  EXPECT_TRUE(surface.takeModifiedAreas().empty());
+  surface.addModifiedArea({1, 2, 3, 4});
+  EXPECT_EQ(surface.takeModifiedAreas(), (std::vector<Glib::PixelBox>{{1, 2, 3, 4}})) << "a few are kept as they are";
 }
