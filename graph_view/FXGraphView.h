@@ -302,7 +302,13 @@ public:
   void redrawArea(PixelBox area);
   // A wire's path: one or two cubic curves (start, end, two control points).
   using Curve = std::array<XY<int>, 4>;
-  std::vector<Curve> wireCurves(const XY<int>& from, const XY<int>& to) const;
+  struct WireCurves {
+    std::array<Curve, 2> curves;
+    int count = 0;
+    const Curve* begin() const noexcept { return curves.data(); }
+    const Curve* end() const noexcept { return curves.data() + count; }
+  };
+  WireCurves wireCurves(const XY<int>& from, const XY<int>& to) const;
 
 private:
   friend class FXGraphViewNode;
@@ -322,6 +328,8 @@ private:
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);
   void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,
                  unsigned short thickness);
+  // The area a curve of this thickness may touch (view pixels).
+  static PixelBox curveArea(const Curve& c, unsigned short thickness);
   // The mouse rules, each case of handleMouseEvent.
   bool navigate(const Event& e);
   void pressLeft(const Event& e);

@@ -140,31 +140,38 @@ void FXGraphView::drawConnections(eEdgeType type) {
   }
 }
 
+Glib::PixelBox FXGraphView::curveArea(const Curve& c, unsigned short thickness) {
+  return {
+      std::min({c[0].x, c[1].x, c[2].x, c[3].x}) - thickness, std::min({c[0].y, c[1].y, c[2].y, c[3].y}) - thickness,
+      std::max({c[0].x, c[1].x, c[2].x, c[3].x}) + thickness, std::max({c[0].y, c[1].y, c[2].y, c[3].y}) + thickness};
+}
+
 void FXGraphView::drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2,
                             const Colour& colour, unsigned short thickness) {
-  PixelBox area{std::min({start.x, end.x, c1.x, c2.x}) - thickness, std::min({start.y, end.y, c1.y, c2.y}) - thickness,
-                std::max({start.x, end.x, c1.x, c2.x}) + thickness, std::max({start.y, end.y, c1.y, c2.y}) + thickness};
+  const PixelBox area = curveArea({start, end, c1, c2}, thickness);
   if (!drawArea(area)) return;
   CanvasRenderer r = canvas().renderer();
   r.renderPrimitive(Glib::BezierCurveDescription{fromColour(colour), start, end, c1, c2, thickness});
   r.addModifiedArea(area);
 }
 
-std::vector<FXGraphView::Curve> FXGraphView::wireCurves(const XY<int>& from, const XY<int>& to) const {
+FXGraphView::WireCurves FXGraphView::wireCurves(const XY<int>& from, const XY<int>& to) const {
   const int ax = from.x, ay = from.y, bx = to.x, by = to.y;
   const int d = static_cast<int>(scale_ * 0.0625); // half a node width, pixels
   const int mx = (ax + bx) / 2, my = (ay + by) / 2;
   using P = XY<int>;
   if (orientation_ == VidRouting::Orientations::LeftToRight) {
-    if (ax <= bx) return {Curve{P{ax, ay}, P{bx, by}, P{mx, ay}, P{mx, by}}};
+    if (ax <= bx) return {{Curve{P{ax, ay}, P{bx, by}, P{mx, ay}, P{mx, by}}}, 1};
     // Backwards: out to the right of the output, in from the left of the input.
-    return {Curve{P{ax, ay}, P{mx, my}, P{ax + d, ay}, P{ax + d, my}},
-            Curve{P{mx, my}, P{bx, by}, P{bx - d, my}, P{bx - d, by}}};
+    return {{Curve{P{ax, ay}, P{mx, my}, P{ax + d, ay}, P{ax + d, my}},
+             Curve{P{mx, my}, P{bx, by}, P{bx - d, my}, P{bx - d, by}}},
+            2};
   }
   if (orientation_ == VidRouting::Orientations::BottomToTop && ay > by)
-    return {Curve{P{ax, ay}, P{mx, my}, P{ax, ay + d}, P{mx, ay + d}},
-            Curve{P{mx, my}, P{bx, by}, P{mx, by - d}, P{bx, by - d}}};
-  return {Curve{P{ax, ay}, P{bx, by}, P{ax, my}, P{bx, my}}};
+    return {{Curve{P{ax, ay}, P{mx, my}, P{ax, ay + d}, P{mx, ay + d}},
+             Curve{P{mx, my}, P{bx, by}, P{mx, by - d}, P{bx, by - d}}},
+            2};
+  return {{Curve{P{ax, ay}, P{bx, by}, P{ax, my}, P{bx, my}}}, 1};
 }
 
 void FXGraphView::drawConnection(const XY<int>& from, const XY<int>& to, const Colour& colour,

@@ -412,10 +412,11 @@ void FXGraphView::autoTidy() { autoTidyNodeRecs(getRoots(), {0, 0}); }
 
 void FXGraphView::autoTidyNodeRecs(const std::vector<IdStamp>& roots, XY<double> origin) {
   ++stats_.tidies;
+  // About 60 KB of local tree: kept off the stack, and made once for all
+  // the roots (an edit can have hundreds of thousands of pieces).
+  auto tidier = std::make_unique<FXGraphTidier>(*this, layoutGap, layoutGap);
   for (const IdStamp& root : roots) {
     EditGraphIterator at = getIteratorFor(root, EditGraphIterator::atNode);
-    // About 60 KB of local tree: kept off the stack.
-    auto tidier = std::make_unique<FXGraphTidier>(*this, layoutGap, layoutGap);
     tidier->tidyTreeStruct(at, origin.x, origin.y);
     const Ux::Box<double> e = tidier->getTreeExtents();
     origin = orientation_ != 0 ? XY<double>(e.x1 + layoutGap, e.y0) : XY<double>(e.x0, e.y0 - treeStackingGap);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <unordered_set>
 #include <vector>
 
 #include "host/edit/Edit.h"
@@ -24,12 +25,23 @@ constexpr double overlapTolerance = 0.0001;
 uint64_t distinctInputTracks(const FXGraphNodeBase& node) {
   const auto* effect = dynamic_cast<const EffectInstance_opu4h5a4j*>(&node);
   if (!effect) return 0;
-  std::vector<IdStamp> seen;
-  for (unsigned i = 0; i < effect->getNumInputs(); ++i) {
-    const IdStamp track = effect->getInputTrackId(i);
-    if (track.valid() && std::find(seen.begin(), seen.end(), track) == seen.end()) seen.push_back(track);
+  const unsigned inputs = effect->getNumInputs();
+  if (inputs > 16) {
+    std::unordered_set<IdStamp> seen;
+    for (unsigned i = 0; i < inputs; ++i)
+      if (const IdStamp track = effect->getInputTrackId(i); track.valid()) seen.insert(track);
+    return seen.size();
   }
-  return seen.size();
+  // Most effects have a handful of inputs: each is compared with those before it.
+  uint64_t distinct = 0;
+  for (unsigned i = 0; i < inputs; ++i) {
+    const IdStamp track = effect->getInputTrackId(i);
+    if (!track.valid()) continue;
+    bool repeat = false;
+    for (unsigned k = 0; k < i && !repeat; ++k) repeat = effect->getInputTrackId(k) == track;
+    distinct += repeat ? 0 : 1;
+  }
+  return distinct;
 }
 
 // The subtype of the channel through which the iterator reached its node, or -1.

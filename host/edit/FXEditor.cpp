@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <unordered_set>
 
 #include "host/edit/GraphNodeKinds.h"
 
@@ -120,8 +121,9 @@ IdStamp FXEditor::newNodeId(const Edit& edit) {
 
 void FXEditor::findOrphanedComponents(const EditPtr& edit, std::vector<IdStamp>& roots, double) {
   if (!edit) return;
-  // Every node some cel uses, at the cel's own times.
-  std::set<IdStamp> used;
+  // Every node some cel uses, at the cel's own times; hashed, as the edit
+  // may hold hundreds of thousands.
+  std::unordered_set<IdStamp> used;
   for (int c = 0; c < edit->getNumChans(); ++c) {
     for (const Cel& cel : edit->getChan(c).cels) {
       if (cel.kind == Cel::Kind::black) continue;
