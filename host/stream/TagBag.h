@@ -1,5 +1,5 @@
 #pragma once
-#include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "host/FxHostApi.h"
@@ -19,9 +19,11 @@ public:
   bool removeObject(const IdStamp& id);
   bool contains(const IdStamp& id) const { return objects_.count(id) != 0; }
   std::size_t size() const noexcept { return objects_.size(); }
+  // Every id, in order.
   std::vector<IdStamp> ids() const;
   void clear();
 
 private:
-  std::map<IdStamp, Ux::Ptr<Taggable>> objects_;
+  // Hashed: every step of every walk of the graph looks a node up here.
+  std::unordered_map<IdStamp, Ux::Ptr<Taggable>> objects_;
 };

@@ -1,5 +1,7 @@
 #include "host/stream/Taggable.h"
 
+#include <algorithm>
+
 #include "host/stream/TagBag.h"
 #include "host/stream/TagBase.h"
 
@@ -37,6 +39,7 @@ std::vector<IdStamp> TagBag::ids() const {
   std::vector<IdStamp> out;
   out.reserve(objects_.size());
   for (const auto& [id, object] : objects_) out.push_back(id);
+  std::sort(out.begin(), out.end());
   return out;
 }
 
