@@ -21,6 +21,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -365,6 +366,9 @@ private:
   // While the node list is rebuilt: the node that heads each channel at the
   // time, to the channel (first in channel order).
   const std::unordered_map<IdStamp, IdStamp>* headsDuringRebuild_ = nullptr;
+  // The roots, found once per rebuild when first asked for: making the nodes
+  // and tidying them both ask.
+  std::optional<std::vector<IdStamp>>* rootsDuringRebuild_ = nullptr;
   // Nodes found by getIteratorFor's search, for the edit, revision and time
   // they were found at.
   mutable std::unordered_map<IdStamp, EditGraphIterator> found_;

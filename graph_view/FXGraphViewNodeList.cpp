@@ -86,10 +86,13 @@ void FXGraphView::recalcNodeList(bool sendGroupUpdate) {
         heads.try_emplace(cel->ref, channel.id);
     }
   headsDuringRebuild_ = &heads;
+  std::optional<std::vector<IdStamp>> roots;
+  rootsDuringRebuild_ = &roots;
   struct Forget {
     const std::unordered_map<IdStamp, IdStamp>*& heads;
-    ~Forget() { heads = nullptr; }
-  } forget{headsDuringRebuild_};
+    std::optional<std::vector<IdStamp>>*& roots;
+    ~Forget() { heads = nullptr, roots = nullptr; }
+  } forget{headsDuringRebuild_, rootsDuringRebuild_};
   Ux::Ptr<NodeUIPosManager> manager = positionManager();
   std::vector<Ux::Ptr<FXGraphViewNode>> old;
   std::unordered_map<IdStamp, const FXGraphViewNode*> oldById;
@@ -251,6 +254,7 @@ Ux::Ptr<FXGraphViewNode> FXGraphView::createViewNode(EditGraphIterator& at) {
 }
 
 std::vector<IdStamp> FXGraphView::getRoots() {
+  if (rootsDuringRebuild_ && *rootsDuringRebuild_) return **rootsDuringRebuild_;
   std::vector<IdStamp> roots;
   roots.reserve(50);
   if (!edit_) return roots;
@@ -260,6 +264,7 @@ std::vector<IdStamp> FXGraphView::getRoots() {
     roots.push_back(focusNode_);
   // Pieces no root reaches are shown after the roots.
   FXEditor::findOrphanedComponents(edit_, roots, currentTime());
+  if (rootsDuringRebuild_) *rootsDuringRebuild_ = roots;
   return roots;
 }
 
