@@ -17,6 +17,8 @@
 #include <set>
 #include <sstream>
 #include <unistd.h>
+#include <unordered_map>
+#include <unordered_set>
 
 #include <nlohmann/json.hpp>
 
@@ -402,7 +404,7 @@ private:
       for (const Cel& cel : edit.getChan(i).cels)
         if (cel.kind != Cel::Kind::black) cels.push_back(&cel);
     std::stable_sort(cels.begin(), cels.end(), [](const Cel* a, const Cel* b) { return a->start < b->start; });
-    std::set<IdStamp> met;
+    std::unordered_set<IdStamp> met;
     for (const Cel* cel : cels) {
       std::vector<IdStamp> todo{cel->ref};
       while (!todo.empty()) {
@@ -549,7 +551,7 @@ private:
       return out;
     };
     enum class State : uint8_t { unseen, onPath, done };
-    std::map<IdStamp, State> state;
+    std::unordered_map<IdStamp, State> state;
     struct Frame {
       IdStamp node;
       std::size_t input = 0;        // next of the node's inputs
@@ -629,7 +631,7 @@ private:
   };
   const json& doc_;
   std::string folder_;
-  std::set<IdStamp> ids_;
+  std::unordered_set<IdStamp> ids_;
   std::vector<InputRef> inputs_;
 };
 
