@@ -7,8 +7,8 @@
 
 #include "host/FxHostApi.h"
 #include "host/core/IdStamp.h"
-#include "host/draw/UxImage.h"
 #include "host/core/LruCache.h"
+#include "host/draw/UxImage.h"
 
 namespace Render {
 
@@ -26,7 +26,7 @@ namespace Render {
 class FXHOST_API NodePictures {
 public:
   // Pixel bytes of made pictures kept at most (least recently used go first).
-  static constexpr std::size_t byteBudget = std::size_t(96) << 20;
+  static constexpr std::size_t byteBudget = std::size_t(32) << 20;
 
   struct Key {
     const void* edit; // compared, never dereferenced
