@@ -62,12 +62,26 @@ bool ScreenSurface::begin(const Glib::PixelBox& clipBox) {
   return true;
 }
 
+bool ScreenSurface::begin(const Glib::PixelBox& clipBox, const Glib::PixelBox& reach) {
+  const Glib::PixelBox clip = normalised(clipBox);
+  if (clip.x1 <= clip.x0 || clip.y1 <= clip.y0) return false;
+  // What cannot touch the clip draws nothing; what lies wholly inside it
+  // draws the same pixels without it, and setting a clip costs cairo more
+  // than a short wire or a small box does.
+  if (reach.x1 <= clip.x0 || reach.x0 >= clip.x1 || reach.y1 <= clip.y0 || reach.y0 >= clip.y1) return false;
+  if (reach.x0 >= clip.x0 && reach.y0 >= clip.y0 && reach.x1 <= clip.x1 && reach.y1 <= clip.y1) {
+    cairo_save(context());
+    return true;
+  }
+  return begin(clip);
+}
+
 void ScreenSurface::end() { cairo_restore(context()); }
 
 void ScreenSurface::draw(const Glib::RectDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
-  if (!begin(clip)) return;
   const Glib::PixelBox b = normalised(d.box);
+  if (!begin(clip, b)) return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
   cairo_rectangle(cr, b.x0, b.y0, b.x1 - b.x0, b.y1 - b.y0);
@@ -77,8 +91,8 @@ void ScreenSurface::draw(const Glib::RectDescription& d, const Glib::PixelBox& c
 
 void ScreenSurface::draw(const Glib::FrameDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
-  if (!begin(clip)) return;
   const Glib::PixelBox b = normalised(d.box);
+  if (!begin(clip, {b.x0 - 1, b.y0 - 1, b.x1 + 1, b.y1 + 1})) return;
   cairo_t* cr = context();
   cairo_set_line_width(cr, 1);
   if (d.style == 2) {
@@ -104,7 +118,14 @@ void ScreenSurface::draw(const Glib::FrameDescription& d, const Glib::PixelBox& 
 
 void ScreenSurface::draw(const Glib::BezierCurveDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
-  if (!begin(clip)) return;
+  // The curve lies within its points' box; the line and its round caps
+  // reach half the width past it, and smoothing a pixel more.
+  const int pad = std::max<int>(1, d.thickness) + 2;
+  if (!begin(clip, {std::min({d.start.x, d.end.x, d.control1.x, d.control2.x}) - pad,
+                    std::min({d.start.y, d.end.y, d.control1.y, d.control2.y}) - pad,
+                    std::max({d.start.x, d.end.x, d.control1.x, d.control2.x}) + pad,
+                    std::max({d.start.y, d.end.y, d.control1.y, d.control2.y}) + pad}))
+    return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
   cairo_set_line_width(cr, std::max<int>(1, d.thickness));
@@ -118,7 +139,9 @@ void ScreenSurface::draw(const Glib::BezierCurveDescription& d, const Glib::Pixe
 
 void ScreenSurface::draw(const Glib::DiscDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
-  if (d.radius <= 0 || !begin(clip)) return;
+  const int reach = d.radius + std::max<int>(1, d.thickness) + 2;
+  if (d.radius <= 0 || !begin(clip, {d.centre.x - reach, d.centre.y - reach, d.centre.x + reach, d.centre.y + reach}))
+    return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
   const double a0 = d.startAngle * M_PI / 180.0;
@@ -214,7 +237,10 @@ void ScreenSurface::draw(const Glib::ImageDescription& d, const Glib::PixelBox& 
 
 void ScreenSurface::draw(const Glib::LineDescription& d, const Glib::PixelBox& clip) {
   if (recorder_) recorder_->push_back({d, clip});
-  if (!begin(clip)) return;
+  const int pad = std::max<int>(1, d.thickness) + 2;
+  if (!begin(clip, {std::min(d.from.x, d.to.x) - pad, std::min(d.from.y, d.to.y) - pad,
+                    std::max(d.from.x, d.to.x) + pad, std::max(d.from.y, d.to.y) + pad}))
+    return;
   cairo_t* cr = context();
   setColour(cr, d.colour);
   cairo_set_line_width(cr, std::max<int>(1, d.thickness));

@@ -72,6 +72,8 @@ public:
 private:
   cairo_t* context() const noexcept { return svg_ ? svgContext_ : context_; }
   bool begin(const Glib::PixelBox& clip);
+  // The same for a primitive that reaches no further than `reach` (normalised).
+  bool begin(const Glib::PixelBox& clip, const Glib::PixelBox& reach);
   void end();
 
   int width_;

@@ -70,3 +70,28 @@ TEST(ScreenAreas, ManyAreasBetweenTakesAreKeptAsTheBoxRoundThem) {
   surface.addModifiedArea({1, 2, 3, 4});
   EXPECT_EQ(surface.takeModifiedAreas(), (std::vector<Glib::PixelBox>{{1, 2, 3, 4}})) << "a few are kept as they are";
 }
+
+// A primitive is cut at its clip however near the edge its own points lie:
+// a wide round-capped wire ending two pixels inside the clip, a wide line
+// and a box across its edge leave the pixels outside untouched, and one
+// wholly inside draws all of itself.
+TEST(ScreenAreas, PrimitivesNearTheClipEdgeStayInsideIt) {
+  ScreenSurface surface(100, 100);
+  const Glib::PixelBox clip{20, 20, 60, 60};
+  const NormalisedRGB ink{1, 1, 1, 1};
+  surface.draw(Glib::BezierCurveDescription{ink, {22, 30}, {40, 30}, {30, 30}, {34, 30}, 9}, clip);
+  surface.draw(Glib::LineDescription{{40, 10}, {40, 50}, ink, 7}, clip);
+  surface.draw(Glib::RectDescription{{50, 50, 70, 55}, ink}, clip);
+  surface.draw(Glib::DiscDescription{{40, 45}, 3, ink}, clip);
+  const Ux::Ptr<UxImage> shot = surface.snapshot();
+  // Bottom-up pixel (x, y) of the picture, whose rows run top first.
+  const auto at = [&](int x, int y) { return shot->row(99 - y)[x]; };
+  const uint32_t blank = at(5, 5);
+  for (int y = 0; y < 100; ++y)
+    for (int x = 0; x < 100; ++x)
+      if (x < 20 || x >= 60 || y < 20 || y >= 60) ASSERT_EQ(at(x, y), blank) << x << "," << y;
+  EXPECT_NE(at(20, 30), blank) << "the wire's cap inside the clip";
+  EXPECT_NE(at(40, 21), blank) << "the line, cut at the clip";
+  EXPECT_NE(at(59, 52), blank) << "the box, cut at the clip";
+  EXPECT_NE(at(40, 45), blank) << "the disc, wholly inside";
+}
