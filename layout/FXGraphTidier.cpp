@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <tuple>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -134,17 +136,75 @@ void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, d
   std::vector<std::vector<GraphExaminer::RelPos>> rel(levels.size());
   for (std::size_t k = 0; k < levels.size(); ++k)
     for (const GraphExaminer::NodeInfo& info : levels[k]) rel[k].push_back(relativePosition(examiner, info, x, y));
+
+  // Places are worked out in a table, each parent's found by its place in
+  // the level above, and written into the records once at the end: a record
+  // tells its followers of every move, and a level may be placed twice. Only
+  // when a record's draw values have a manager, which may change what it is
+  // given, does each place go through the record as it is made.
+  struct Slot {
+    XY<double> at;
+    int parentLevel = -1, parent = -1; // the parent's slot; -1: its record, read as it stands
+  };
+  std::vector<std::vector<Slot>> slots(levels.size());
+  std::unordered_map<const NodeUIPosRec*, std::pair<int, int>> slotOf;
+  bool managed = false;
+  for (std::size_t k = 0; k < levels.size(); ++k) {
+    slots[k].resize(levels[k].size());
+    for (std::size_t j = 0; j < levels[k].size(); ++j)
+      if (NodeUIPosRec* record = levels[k][j].record) {
+        slotOf.try_emplace(record, static_cast<int>(k), static_cast<int>(j));
+        managed = managed || record->drawX().getManager() || record->drawY().getManager();
+      }
+  }
+  for (std::size_t k = 0; k < levels.size(); ++k)
+    for (std::size_t j = 0; j < levels[k].size(); ++j)
+      if (const NodeUIPosRec* parent = rel[k][j].parentRecord)
+        if (const auto found = slotOf.find(parent); found != slotOf.end())
+          std::tie(slots[k][j].parentLevel, slots[k][j].parent) = found->second;
+  auto placeOf = [&](std::size_t k, std::size_t j) {
+    return managed ? levels[k][j].record->getDrawPosition() : slots[k][j].at;
+  };
+  auto place = [&](std::size_t k, std::size_t j) {
+    const GraphExaminer::NodeInfo& info = levels[k][j];
+    if (!info.record) return;
+    if (managed) {
+      storeAbsNodePosition(info, rel[k][j], orientation);
+      return;
+    }
+    const GraphExaminer::RelPos& r = rel[k][j];
+    const Slot& slot = slots[k][j];
+    XY<double> p{r.depthOffset, r.breadthOffset};
+    if (r.parentRecord) {
+      // As storeAbsNodePosition places it.
+      const XY<double> parent =
+          slot.parent >= 0 ? slots[static_cast<std::size_t>(slot.parentLevel)][static_cast<std::size_t>(slot.parent)].at
+                           : r.parentRecord->getDrawPosition();
+      p = orientation == VidRouting::Orientations::LeftToRight
+              ? XY<double>{parent.x - r.depthOffset, parent.y + r.breadthOffset}
+              : XY<double>{parent.x - r.breadthOffset, parent.y - r.depthOffset};
+    }
+    slots[k][j].at = p;
+  };
+  // As overlap() compares two records.
+  auto tooClose = [&](std::size_t k, std::size_t j) {
+    if (!levels[k][j].record || !levels[k][j + 1].record) return false;
+    const XY<double> a = placeOf(k, j), b = placeOf(k, j + 1);
+    if (orientation == VidRouting::Orientations::LeftToRight)
+      return std::fabs(a.y - b.y) < breadthSpacing_ - overlapTolerance;
+    return std::fabs(a.x - b.x) < depthSpacing_ - overlapTolerance;
+  };
+
   std::size_t placed = 0; // levels below this one hold their current places
   auto placeTo = [&](std::size_t last) {
     for (; placed <= last && placed < levels.size(); ++placed)
-      for (std::size_t j = 0; j < levels[placed].size(); ++j)
-        storeAbsNodePosition(levels[placed][j], rel[placed][j], orientation);
+      for (std::size_t j = 0; j < levels[placed].size(); ++j) place(placed, j);
   };
   for (std::size_t k = 2; k < levels.size(); ++k) {
     placeTo(k);
     const auto& level = levels[k];
     for (std::size_t j = 0; j + 1 < level.size(); ++j) {
-      if (!overlap(level[j].record, level[j + 1].record)) continue;
+      if (!tooClose(k, j)) continue;
       if (level[j].parent->getId() != level[j + 1].parent->getId()) {
         bool pastParent = false;
         for (std::size_t u = 0; u < levels[k - 1].size(); ++u) {
@@ -157,6 +217,10 @@ void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, d
     }
   }
   placeTo(levels.empty() ? 0 : levels.size() - 1);
+  if (managed) return;
+  for (std::size_t k = 0; k < levels.size(); ++k)
+    for (std::size_t j = 0; j < levels[k].size(); ++j)
+      if (NodeUIPosRec* record = levels[k][j].record) record->setDrawPosition(slots[k][j].at, false);
 }
 
 // Places every level again after every spread. Needs nothing of the

@@ -105,6 +105,47 @@ TEST_P(GeneratedTrees, OrientationsMirrorEachOther) {
   }
 }
 
+namespace {
+
+// Rounds every value it is given to a sixteenth.
+class Sixteenths : public ValManagerBase<double> {
+public:
+  bool requestValChange(ValServer<double>*, double& value) override {
+    value = std::round(value * 16) / 16;
+    return true;
+  }
+};
+
+} // namespace
+
+// Tidy works its places out in a table and writes each record once; a draw
+// value with a manager may change what it is given, and then every place
+// follows from what the records hold, as when the levels are placed again
+// through the records after every spread (the every-path walk).
+TEST_P(GeneratedTrees, ManagedDrawValuesPlaceAsThroughTheRecords) {
+  const auto [nodes, seed] = GetParam();
+  GeneratedTree tree(nodes, seed);
+  Sixteenths rounding;
+  FakePosSource table, records;
+  EditGraphIterator it = tree.at();
+  for (FakePosSource* source : {&table, &records}) {
+    GraphExaminer examiner(*source);
+    examiner.examine(it); // makes every record
+    for (const auto& [id, rec] : source->records()) rec->drawY().setManager(&rounding);
+  }
+  FXGraphTidier byTable(table, tidyGap, tidyGap), byRecords(records, tidyGap, tidyGap);
+  ASSERT_TRUE(byTable.tidyTreeStruct(it, 0.01, 0.02));
+  ASSERT_TRUE(byRecords.tidyTreeStruct(it, 0.01, 0.02, GraphExaminer::Walk::everyPath));
+  bool rounded = true;
+  for (const auto& [id, rec] : table.records()) {
+    EXPECT_EQ(rec->getDrawPosition(), records.pos(id)) << id.asString().str();
+    rounded = rounded && rec->getDrawPosition().y * 16 == std::round(rec->getDrawPosition().y * 16);
+  }
+  EXPECT_TRUE(rounded) << "the manager had its say";
+  for (FakePosSource* source : {&table, &records})
+    for (const auto& [id, rec] : source->records()) rec->drawY().setManager(nullptr);
+}
+
 INSTANTIATE_TEST_SUITE_P(Sizes, GeneratedTrees,
                          ::testing::Values(std::make_pair(50u, uint64_t{1}), std::make_pair(500u, uint64_t{2}),
                                            std::make_pair(5000u, uint64_t{3})),
