@@ -163,6 +163,8 @@ bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
   }
 
   // The records, in order of first meeting (the visit's order of making).
+  records_.reserve(nodes.size());
+  firstMet_.reserve(nodes.size());
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const Node& n = nodes[i];
     NodeInfo info;

@@ -1,5 +1,6 @@
 #pragma once
 #include <map>
+#include <unordered_map>
 #include <vector>
 
 #include "GrphToolApi.h"
@@ -79,7 +80,8 @@ public:
   // Files the finished records by level, each level in order of first meeting.
   void buildLevels();
 
-  const std::map<IdStamp, NodeInfo>& records() const noexcept { return records_; }
+  // By node id, in no order (firstMet() and levels() give the order).
+  const std::unordered_map<IdStamp, NodeInfo>& records() const noexcept { return records_; }
   // The record of a node, or null.
   const NodeInfo* find(const IdStamp& id) const;
   const std::vector<std::vector<NodeInfo>>& levels() const noexcept { return levels_; }
@@ -90,7 +92,7 @@ private:
   // examine() for a graph without cycles; false, having found one.
   bool examineStructure(EditGraphIterator& iterator);
 
-  std::map<IdStamp, NodeInfo> records_;
+  std::unordered_map<IdStamp, NodeInfo> records_;
   // Path length (host depth + 1) at the start node, so that it gets level 0.
   int baseDepth_ = 1;
   NodeUIPosSource& source_;
