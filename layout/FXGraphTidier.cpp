@@ -4,8 +4,6 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
-#include <tuple>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -133,10 +131,6 @@ void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, d
   const auto& levels = examiner.levels();
   const double spacing = breadthSpacing_;
   const VidRouting::Orientations::Orientation orientation = source_.getOrientation();
-  std::vector<std::vector<GraphExaminer::RelPos>> rel(levels.size());
-  for (std::size_t k = 0; k < levels.size(); ++k)
-    for (const GraphExaminer::NodeInfo& info : levels[k]) rel[k].push_back(relativePosition(examiner, info, x, y));
-
   // Places are worked out in a table, each parent's found by its place in
   // the level above, and written into the records once at the end: a record
   // tells its followers of every move, and a level may be placed twice. Only
@@ -146,22 +140,21 @@ void FXGraphTidier::placeLevelByLevel(const GraphExaminer& examiner, double x, d
     XY<double> at;
     int parentLevel = -1, parent = -1; // the parent's slot; -1: its record, read as it stands
   };
+  std::vector<std::vector<GraphExaminer::RelPos>> rel(levels.size());
   std::vector<std::vector<Slot>> slots(levels.size());
-  std::unordered_map<const NodeUIPosRec*, std::pair<int, int>> slotOf;
   bool managed = false;
   for (std::size_t k = 0; k < levels.size(); ++k) {
+    rel[k].reserve(levels[k].size());
     slots[k].resize(levels[k].size());
-    for (std::size_t j = 0; j < levels[k].size(); ++j)
-      if (NodeUIPosRec* record = levels[k][j].record) {
-        slotOf.try_emplace(record, static_cast<int>(k), static_cast<int>(j));
-        managed = managed || record->drawX().getManager() || record->drawY().getManager();
-      }
+    for (std::size_t j = 0; j < levels[k].size(); ++j) {
+      const GraphExaminer::NodeInfo& info = levels[k][j];
+      rel[k].push_back(relativePosition(examiner, info, x, y));
+      if (info.record) managed = managed || info.record->drawX().getManager() || info.record->drawY().getManager();
+      if (!rel[k][j].parentRecord) continue;
+      const GraphExaminer::NodeInfo* parent = examiner.find(info.parent->getId());
+      if (parent && parent->slot >= 0) slots[k][j].parentLevel = parent->depth, slots[k][j].parent = parent->slot;
+    }
   }
-  for (std::size_t k = 0; k < levels.size(); ++k)
-    for (std::size_t j = 0; j < levels[k].size(); ++j)
-      if (const NodeUIPosRec* parent = rel[k][j].parentRecord)
-        if (const auto found = slotOf.find(parent); found != slotOf.end())
-          std::tie(slots[k][j].parentLevel, slots[k][j].parent) = found->second;
   auto placeOf = [&](std::size_t k, std::size_t j) {
     return managed ? levels[k][j].record->getDrawPosition() : slots[k][j].at;
   };

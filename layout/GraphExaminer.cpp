@@ -248,9 +248,10 @@ bool GraphExaminer::operator()(const EditGraphIterator& iterator) {
 void GraphExaminer::buildLevels() {
   levels_.clear();
   for (const IdStamp& id : firstMet_) {
-    const NodeInfo& info = records_.at(id);
+    NodeInfo& info = records_.at(id);
     const auto level = static_cast<std::size_t>(info.depth);
     if (levels_.size() <= level) levels_.resize(level + 1);
+    info.slot = static_cast<int>(levels_[level].size());
     levels_[level].push_back(info);
   }
 }

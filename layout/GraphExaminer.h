@@ -47,6 +47,7 @@ public:
     NodeUIPosRec* record = nullptr;  // owned by the position source; may be null
     Ux::Ptr<FXGraphNodeBase> parent; // empty for the start node
     int inputIndex = -1;             // the parent's input that this node feeds
+    int slot = -1;                   // its place in its level, once filed
   };
 
   // A node's place relative to its parent's record, in graph units along the
