@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <unordered_set>
 
 GraphExaminer::GraphExaminer(NodeUIPosSource& source) : source_(source) {}
 
@@ -41,14 +42,17 @@ bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
     Ux::Ptr<FXGraphNodeBase> node;
     int parent = -1, slot = -1, firstLevel = 0; // the first meeting
     int level = 0;                              // the longest path
-    std::vector<Edge> in;                       // in the order the walk crosses them
+    bool onPath = false;
   };
+  // Flat tables, not a list per node: a tidy of tens of thousands of nodes
+  // spent a third of its time allocating.
   std::vector<Node> nodes;
+  std::vector<Edge> edges;   // in the order the walk crosses them
   std::vector<int> finished; // nodes in the order their inputs were done
   std::unordered_map<IdStamp, int> index;
-  std::unordered_map<IdStamp, bool> onPath; // nodes above the start count as on the path
+  std::unordered_set<IdStamp> above; // nodes above the start count as on the path
   for (int d = iterator.getDepth() - 1; d >= 0; --d)
-    if (const Ux::Ptr<FXGraphNodeBase> above = iterator.getNode(d)) onPath[above->getId()] = true;
+    if (const Ux::Ptr<FXGraphNodeBase> node = iterator.getNode(d)) above.insert(node->getId());
 
   // One visit per node, depth first, inputs in order; false on a cycle.
   bool acyclic = true;
@@ -61,51 +65,71 @@ bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
       iterator,
       [&](EditGraphIterator& at) {
         if (path.empty()) {
-          onPath[start->getId()] = true;
+          nodes[0].onPath = true;
           path.push_back(0);
           return WalkStep::descend;
         }
         const Ux::Ptr<FXGraphNodeBase> input = at.getNode();
         if (!acyclic || !input || !input->getId().valid()) return WalkStep::skip;
         const IdStamp id = input->getId();
-        if (const auto on = onPath.find(id); on != onPath.end() && on->second) {
-          acyclic = false;
-          return WalkStep::skip;
-        }
         const int here = path.back();
         const int slot = at.getParentInputNum();
         auto [it, fresh] = index.try_emplace(id, static_cast<int>(nodes.size()));
+        if (!fresh ? nodes[static_cast<std::size_t>(it->second)].onPath : above.count(id) != 0) {
+          if (fresh) index.erase(it);
+          acyclic = false;
+          return WalkStep::skip;
+        }
         if (fresh) {
           Node made;
           made.node = input;
           made.parent = here;
           made.slot = slot;
           made.firstLevel = nodes[static_cast<std::size_t>(here)].firstLevel + 1;
+          made.onPath = true;
           nodes.push_back(std::move(made));
         }
-        nodes[static_cast<std::size_t>(it->second)].in.push_back({here, it->second, slot});
+        edges.push_back({here, it->second, slot});
         if (!fresh) return WalkStep::skip;
-        onPath[id] = true;
         path.push_back(it->second);
         return WalkStep::descend;
       },
       [&](EditGraphIterator&) {
         const int done = path.back();
         path.pop_back();
-        onPath[nodes[static_cast<std::size_t>(done)].node->getId()] = false;
+        nodes[static_cast<std::size_t>(done)].onPath = false;
         finished.push_back(done);
       });
   if (!acyclic) return false;
 
+  // Each node's incoming and outgoing edges, grouped by node, keeping the
+  // order of crossing.
+  const std::size_t nodeCount = nodes.size();
+  std::vector<int> inStart(nodeCount + 1, 0), outStart(nodeCount + 1, 0);
+  for (const Edge& e : edges) {
+    ++inStart[static_cast<std::size_t>(e.to) + 1];
+    ++outStart[static_cast<std::size_t>(e.from) + 1];
+  }
+  for (std::size_t i = 0; i < nodeCount; ++i) {
+    inStart[i + 1] += inStart[i];
+    outStart[i + 1] += outStart[i];
+  }
+  std::vector<Edge> in(edges.size());
+  std::vector<int> outgoing(edges.size());
+  {
+    std::vector<int> inFill(inStart.begin(), inStart.end() - 1), outFill(outStart.begin(), outStart.end() - 1);
+    for (const Edge& e : edges) {
+      in[static_cast<std::size_t>(inFill[static_cast<std::size_t>(e.to)]++)] = e;
+      outgoing[static_cast<std::size_t>(outFill[static_cast<std::size_t>(e.from)]++)] = e.to;
+    }
+  }
+
   // Longest paths, in topological order (the reverse of finishing order).
   int deepest = 0;
-  std::vector<std::vector<int>> outgoing(nodes.size());
-  for (const Node& n : nodes)
-    for (const Edge& e : n.in) outgoing[static_cast<std::size_t>(e.from)].push_back(e.to);
   for (auto it = finished.rbegin(); it != finished.rend(); ++it) {
     const Node& from = nodes[static_cast<std::size_t>(*it)];
-    for (int to : outgoing[static_cast<std::size_t>(*it)]) {
-      Node& n = nodes[static_cast<std::size_t>(to)];
+    for (int e = outStart[static_cast<std::size_t>(*it)]; e < outStart[static_cast<std::size_t>(*it) + 1]; ++e) {
+      Node& n = nodes[static_cast<std::size_t>(outgoing[static_cast<std::size_t>(e)])];
       n.level = std::max(n.level, from.level + 1);
       deepest = std::max(deepest, n.level);
     }
@@ -132,7 +156,8 @@ bool GraphExaminer::examineStructure(EditGraphIterator& iterator) {
     for (int to : byLevel[k]) {
       std::array<Candidate, 2> best{};
       int count = 0;
-      for (const Edge& e : nodes[static_cast<std::size_t>(to)].in) {
+      for (int x = inStart[static_cast<std::size_t>(to)]; x < inStart[static_cast<std::size_t>(to) + 1]; ++x) {
+        const Edge& e = in[static_cast<std::size_t>(x)];
         if (nodes[static_cast<std::size_t>(e.from)].level + 1 != static_cast<int>(k)) continue;
         for (int j = 0; j < keptCount[static_cast<std::size_t>(e.from)]; ++j) {
           const Candidate c{kept[static_cast<std::size_t>(e.from)][static_cast<std::size_t>(j)].rank, e.slot, e.from,

@@ -106,6 +106,26 @@ TEST(PathWalkComparison, TheStructureGivesWhatEveryPathGivesOnThousandsOfGraphs)
   EXPECT_EQ(compared, 2800);
 }
 
+// Examined from a node below the root, the nodes above it on the way down
+// count as on the path: an input that leads back up to one of them closes a
+// cycle, and the node is not taken into the start's tree. 1 -> 2 -> 3, and 3
+// takes 4 and 1; examined from 3, reached through 1 and 2.
+TEST(PathWalkComparison, FromBelowTheRootTheWayDownCountsAsThePath) {
+  TestGraph g;
+  g.effect(1, {2});
+  g.effect(2, {3});
+  g.effect(3, {4, 1});
+  g.material(4);
+  EditGraphIterator a = g.at(1), b = g.at(1);
+  for (EditGraphIterator* it : {&a, &b}) ASSERT_TRUE(it->moveToInput(0) && it->moveToInput(0));
+  FakePosSource source;
+  GraphExaminer structure(source), everyPath(source);
+  structure.examine(a);
+  testsupport::examineEveryPath(everyPath, b);
+  EXPECT_EQ(testsupport::examinationDifferences(structure, everyPath), "");
+  EXPECT_EQ(structure.firstMet(), (std::vector<IdStamp>{node(3), node(4)}));
+}
+
 // A chain of effects each taking the same input twice has two to the power
 // of its length paths; the structure finds their result at once.
 TEST(PathWalkComparison, ADiamondChainOfSixtyLevels) {
