@@ -88,8 +88,11 @@ TEST(ScreenAreas, PrimitivesNearTheClipEdgeStayInsideIt) {
   const auto at = [&](int x, int y) { return shot->row(99 - y)[x]; };
   const uint32_t blank = at(5, 5);
   for (int y = 0; y < 100; ++y)
-    for (int x = 0; x < 100; ++x)
-      if (x < 20 || x >= 60 || y < 20 || y >= 60) ASSERT_EQ(at(x, y), blank) << x << "," << y;
+    for (int x = 0; x < 100; ++x) {
+      if (x < 20 || x >= 60 || y < 20 || y >= 60) {
+        ASSERT_EQ(at(x, y), blank) << x << "," << y;
+      }
+    }
   EXPECT_NE(at(20, 30), blank) << "the wire's cap inside the clip";
   EXPECT_NE(at(40, 21), blank) << "the line, cut at the clip";
   EXPECT_NE(at(59, 52), blank) << "the box, cut at the clip";
