@@ -450,6 +450,8 @@ bool ScriptRunner::row(const ScriptLine& line, std::string& why) {
 // -- the edit and files ---------------------------------------------------------
 
 bool ScriptRunner::undoRedo(const ScriptLine& line, std::string&) {
+  // As the tool's own undo: the screen is drawn once, when the step is done.
+  Glib::UpdateDeferrer once;
   if (line.words[0] == "undo")
     session_.focusVob()->undoRequest();
   else

@@ -332,11 +332,11 @@ bool FXGraphTool::handleMessageEvent(const LightweightString<char>& msg, Glob* s
     return true;
   }
   if (sender && sender == undoButton_) {
-    if (getVob()) getVob()->undoRequest();
+    stepThroughHistory(false);
     return true;
   }
   if (sender && sender == redoButton_) {
-    if (getVob()) getVob()->redoRequest();
+    stepThroughHistory(true);
     return true;
   }
   // The frame's own close button: closed as the host closes panels, once
@@ -363,6 +363,18 @@ bool FXGraphTool::handleDataMessageEvent(const LightweightString<char>& msg, Glo
   return StandardPanel::handleDataMessageEvent(msg, sender, data);
 }
 
+void FXGraphTool::stepThroughHistory(bool forward) {
+  if (!getVob()) return;
+  // An undo tells the view of the positions it brought back, then of the
+  // graph it changed, and each would draw the view: the screen is drawn
+  // once, when the step is done.
+  Glib::UpdateDeferrer once;
+  if (forward)
+    getVob()->redoRequest();
+  else
+    getVob()->undoRequest();
+}
+
 bool FXGraphTool::handleKeyEvent(const Event& e) {
   if (e.type != Event::keyDown) return false;
   if (view_ && view_->handleKeyEvent(e)) return true;
@@ -371,9 +383,9 @@ bool FXGraphTool::handleKeyEvent(const Event& e) {
     if (e.key == 's') {
       if (unsaved_->save() && status_) status_->refresh();
     } else if (e.key == 'z')
-      getVob()->undoRequest();
+      stepThroughHistory(false);
     else if (e.key == 'y')
-      getVob()->redoRequest();
+      stepThroughHistory(true);
     else
       return false;
     return true;

@@ -99,6 +99,8 @@ public:
   void updateTidyButton();
   // One multiplicative zoom step: in for zero and positive directions.
   bool handleZoom(int direction);
+  // Undo (or, forward, redo) of the edit, with the screen drawn once after it.
+  void stepThroughHistory(bool forward);
 
   VobClient* popOutItem(EditGraphIterator& at, PopOutItem kind);
   VobClient* popOutItem(const EditPtr& edit, int channel, double time, PopOutItem kind);

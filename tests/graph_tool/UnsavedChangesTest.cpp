@@ -3,6 +3,7 @@
 // the status line's time and its unsaved mark.
 #include "graph_tool/UnsavedChanges.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include "graph_tool/FXGraphTool.h"
 #include "graph_tool/PanelStatus.h"
 #include "host/config/EditorPreferences.h"
+#include "host/draw/ScreenSurface.h"
 #include "host/edit/EditFile.h"
 #include "host/edit/EditSaving.h"
 #include "host/edit/EffectInstance.h"
@@ -240,6 +242,53 @@ TEST_F(Unsaved, TurningAutomaticPositioningOnIsOneUndoStep) {
   EXPECT_FALSE(view.manualPositioning());
   EXPECT_TRUE(panel->handleMessageEvent("AutoPos Off", nullptr));
   EXPECT_EQ(edit->undoDepth(), 1u);
+}
+
+// An undo tells the view of the positions it brought back and then of the
+// graph it changed: from the panel (ctrl+Z, the undo button) the view is
+// drawn once, after the step, and the screen is then what a whole frame draws.
+TEST_F(Unsaved, AnUndoFromThePanelDrawsTheViewOnce) {
+  FXGraphView& view = *panel->getView();
+  ScreenSurface& surface = GlobManager::surface();
+  const XY<int> o = view.screenPos();
+  const auto w = view.getWindowPos();
+  const Glib::PixelBox background(w.x0 + o.x, w.y0 + o.y, w.x1 + o.x, w.y1 + o.y);
+  auto framesWhile = [&](auto&& step) {
+    std::vector<ScreenSurface::Recorded> drawn;
+    surface.setRecorder(&drawn);
+    step();
+    surface.setRecorder(nullptr);
+    return std::count_if(drawn.begin(), drawn.end(), [&](const ScreenSurface::Recorded& r) {
+      const auto* rect = std::get_if<Glib::RectDescription>(&r.primitive);
+      return rect && rect->box == background;
+    });
+  };
+  auto pixels = [&] {
+    const Ux::Ptr<UxImage> shot = surface.snapshot();
+    return std::vector<uint32_t>(shot->data(), shot->data() + shot->width() * shot->height());
+  };
+  Event z;
+  z.type = Event::keyDown;
+  z.key = 'z';
+  z.modifiers = Event::controlHeld;
+  for (int round = 0; round < 2; ++round) {
+    change(); // a graph change and its positions: one undo step
+    ASSERT_GE(edit->undoDepth(), 1u);
+    const auto frames = framesWhile([&] {
+      if (round == 0) {
+        GlobManager::setKeyboardModifiers(Event::controlHeld);
+        EXPECT_TRUE(GlobManager::dispatch(z));
+        GlobManager::setKeyboardModifiers(0);
+      } else {
+        EXPECT_TRUE(panel->handleMessageEvent("anything", panel->undoButton()));
+      }
+    });
+    EXPECT_EQ(frames, 1) << (round == 0 ? "ctrl+Z" : "the undo button");
+    EXPECT_TRUE(view.findViewRecForNode(pip)->getNodeActive()) << "the switch is back on";
+    const std::vector<uint32_t> afterUndo = pixels();
+    view.redraw();
+    EXPECT_TRUE(afterUndo == pixels()) << "the screen is what a whole frame draws";
+  }
 }
 
 } // namespace unsavedtest
