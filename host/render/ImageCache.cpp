@@ -10,9 +10,9 @@
 
 #include <loki/Singleton.h>
 
+#include "host/core/LruCache.h"
 #include "host/core/ThreadSafe.h"
 #include "host/notify/Log.h"
-#include "host/core/LruCache.h"
 #include "host/render/RenderCounters.h"
 
 namespace {

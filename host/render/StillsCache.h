@@ -6,8 +6,8 @@
 #include <loki/Singleton.h>
 
 #include "host/FxHostApi.h"
-#include "host/core/ThreadSafe.h"
 #include "host/core/LruCache.h"
+#include "host/core/ThreadSafe.h"
 #include "host/render/RenderContext.h"
 
 namespace Render {
