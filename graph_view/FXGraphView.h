@@ -329,8 +329,6 @@ private:
   void storePositionsForReopen(std::map<IdStamp, XY<double>>& handPlaced);
   void drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2, const Colour& colour,
                  unsigned short thickness);
-  // The area a curve of this thickness may touch (view pixels).
-  static PixelBox curveArea(const Curve& c, unsigned short thickness);
   // The mouse rules, each case of handleMouseEvent.
   bool navigate(const Event& e);
   void pressLeft(const Event& e);

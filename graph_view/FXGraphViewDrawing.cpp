@@ -140,15 +140,10 @@ void FXGraphView::drawConnections(eEdgeType type) {
   }
 }
 
-Glib::PixelBox FXGraphView::curveArea(const Curve& c, unsigned short thickness) {
-  return {
-      std::min({c[0].x, c[1].x, c[2].x, c[3].x}) - thickness, std::min({c[0].y, c[1].y, c[2].y, c[3].y}) - thickness,
-      std::max({c[0].x, c[1].x, c[2].x, c[3].x}) + thickness, std::max({c[0].y, c[1].y, c[2].y, c[3].y}) + thickness};
-}
-
 void FXGraphView::drawCurve(const XY<int>& start, const XY<int>& end, const XY<int>& c1, const XY<int>& c2,
                             const Colour& colour, unsigned short thickness) {
-  const PixelBox area = curveArea({start, end, c1, c2}, thickness);
+  PixelBox area{std::min({start.x, end.x, c1.x, c2.x}) - thickness, std::min({start.y, end.y, c1.y, c2.y}) - thickness,
+                std::max({start.x, end.x, c1.x, c2.x}) + thickness, std::max({start.y, end.y, c1.y, c2.y}) + thickness};
   if (!drawArea(area)) return;
   CanvasRenderer r = canvas().renderer();
   r.renderPrimitive(Glib::BezierCurveDescription{fromColour(colour), start, end, c1, c2, thickness});
